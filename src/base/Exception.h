@@ -1,0 +1,64 @@
+#pragma once
+// Base of every exception of the library.
+//
+// An exception names its throw site (source file, full operation name, line) and carries a 32-bit
+// code whose meaning depends on the derived class. It also holds a chain of further exceptions that
+// were added on the way out of a layer (`AddException`); copies share that chain, which is what a
+// throw by value needs. Exceptions belong to the thread that threw them.
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Tavrin {
+
+class Exception : public std::exception {
+public:
+    using Chain = std::vector<std::unique_ptr<Exception>>;
+
+    Exception(const char* file, const char* function, std::uint32_t line, std::uint32_t code);
+    Exception(const Exception& other);
+    Exception& operator=(const Exception& other);
+    ~Exception() override;
+
+    virtual std::string ToString() const;
+    // Writes ToString() and then, one per line, every chained exception.
+    virtual std::ostream& ToStream(std::ostream& stream) const;
+
+    // Appends `exception` to the chain and takes ownership. A null pointer is accepted and ignored:
+    // callers allocate the exception without throwing and pass on whatever they got.
+    void AddException(Exception* exception) const;
+
+    std::uint32_t GetCode() const noexcept { return code_; }
+    const std::string& GetFile() const noexcept { return file_; }
+    const std::string& GetFunction() const noexcept { return function_; }
+    std::uint32_t GetLine() const noexcept { return line_; }
+    const Chain& GetChain() const;
+
+    // ToStream() as one string, for std::exception users.
+    const char* what() const noexcept override;
+
+private:
+    std::string file_;
+    std::string function_;
+    std::uint32_t line_;
+    std::uint32_t code_;
+    mutable std::shared_ptr<Chain> chain_;
+    mutable std::string what_;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Exception& exception);
+
+// Carries a status code through a layer that has no status result; whoever catches it returns
+// GetCode() as the status.
+class StatusCodeException : public Exception {
+public:
+    using Exception::Exception;
+    StatusCodeException(const StatusCodeException& other) = default;
+    std::string ToString() const override;
+};
+
+}  // namespace Tavrin
