@@ -1,0 +1,63 @@
+#pragma once
+// Helpers shared by the records tests.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/DatabaseException.h"
+#include "base/MessageBuilder.h"
+#include "base/MessageValidator.h"
+#include "records/FieldSpecification.h"
+
+namespace Tavrin::Database::Testing {
+
+// Runs `action` and checks that it throws a DatabaseException with this code, function and message.
+inline void ExpectDatabaseException(const std::function<void()>& action, std::uint32_t code,
+                                    const std::string& function, const std::string& message) {
+    try {
+        action();
+        ADD_FAILURE() << "no exception, expected: " << message;
+    } catch (const DatabaseException& exception) {
+        EXPECT_EQ(exception.GetCode(), code);
+        EXPECT_EQ(exception.GetFunction(), function);
+        EXPECT_EQ(exception.GetMessage(), message);
+    }
+}
+
+// A specification with any member values, valid or not: built from its wire form, which skips
+// validation.
+inline FieldSpecification MakeUnchecked(std::uint32_t id, const std::string& name, std::uint32_t type,
+                                        std::uint32_t maxLength, std::uint32_t offset = 0,
+                                        std::uint32_t properties = 0) {
+    MessageBuilder builder;
+    EXPECT_EQ(builder.AppendUInt32(id), Status::Success);
+    EXPECT_EQ(builder.AppendString(name), Status::Success);
+    for (std::uint32_t value : {type, maxLength, offset, properties}) {
+        EXPECT_EQ(builder.AppendUInt32(value), Status::Success);
+    }
+    MessageValidator validator(builder.GetBuffer(), builder.GetLength());
+    FieldSpecification specification;
+    EXPECT_EQ(specification.Deserialize(validator), Status::Success);
+    return specification;
+}
+
+// Calls `read` on every proper prefix of `message`, each copied into a heap buffer of exactly its
+// own length so that a sanitizer sees any read past the end; every cut must be refused with a
+// non-zero status.
+inline void ExpectEveryCutRefused(const unsigned char* message, std::uint32_t length,
+                                  const std::function<StatusCode(MessageValidator&)>& read) {
+    for (std::uint32_t cut = 0; cut < length; ++cut) {
+        auto copy = std::make_unique<unsigned char[]>(cut);
+        if (cut != 0) std::memcpy(copy.get(), message, cut);
+        MessageValidator validator(copy.get(), cut);
+        EXPECT_NE(read(validator), Status::Success) << "a message cut to " << cut << " bytes was accepted";
+    }
+}
+
+}  // namespace Tavrin::Database::Testing
