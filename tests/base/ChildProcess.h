@@ -31,6 +31,9 @@ int RunInChild(Body body) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+// Ends the child at once, as a kill would: no destructor runs, nothing is closed. Exit code 0.
+[[noreturn]] inline void DieWithoutCleanup() { ::_exit(0); }
+
 // In a child: files may grow to `bytes` at most, and passing the limit is an error, not a signal.
 inline void LimitFileSize(rlim_t bytes) {
     ::signal(SIGXFSZ, SIG_IGN);

@@ -1,0 +1,146 @@
+// Construction, creation, opening and saving of a memory store; the entry operations are in
+// MemoryDataStoreEntries.cpp.
+#include "storage/MemoryDataStore.h"
+
+#include <limits>
+
+#include "base/File.h"
+#include "base/MessageValidator.h"
+
+namespace Tavrin::Database {
+
+namespace {
+
+constexpr const char* ConstructorOperation = "Tavrin::Database::MemoryDataStore::MemoryDataStore";
+constexpr const char* OpenOperation = "Tavrin::Database::MemoryDataStore::Open";
+constexpr std::uint64_t MaxDataSize = std::numeric_limits<std::uint32_t>::max() - FileMappedMemoryManager::HeaderSize;
+constexpr std::uint32_t MaxEntries = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+
+bool IsEntryIdOrNone(std::int32_t id, std::uint32_t maxEntries) {
+    return id == MemoryDataStoreHeader::NoEntry || (id >= 0 && static_cast<std::uint32_t>(id) < maxEntries);
+}
+
+}  // namespace
+
+MemoryDataStore::MemoryDataStore(UserDataStore* userData, std::uint32_t recordSize, std::uint32_t initialEntries,
+                                 std::uint32_t growEntries)
+    : userData_(userData) {
+    header_.storeType = DataStoreHeader::MemoryStoreType;
+    header_.valid = true;
+    header_.headerSize = MeasureHeaderSize(MemoryStoreHeaders{header_, extension_}, ConstructorOperation);
+    header_.userDataSize = MeasureUserDataSize(userData, ConstructorOperation);
+    if (recordSize > std::numeric_limits<std::uint32_t>::max() - MemoryDataStoreHeader::EntryFrontSize) {
+        ThrowDatabase(ConstructorOperation, DatabaseException::InvalidParameter, "record size <%u> too large",
+                      recordSize);
+    }
+    header_.recordSize = recordSize;
+    header_.initialEntries = initialEntries;
+    header_.growEntries = growEntries;
+    header_.currentEntries = 0;
+    header_.maxEntries = initialEntries;
+    extension_.firstEntryOffset = header_.headerSize + header_.userDataSize;
+    extension_.entryStride = recordSize + MemoryDataStoreHeader::EntryFrontSize;
+    const std::uint64_t dataSize =
+        extension_.firstEntryOffset + static_cast<std::uint64_t>(extension_.entryStride) * initialEntries;
+    if (initialEntries > MaxEntries || dataSize > MaxDataSize) {
+        ThrowDatabase(ConstructorOperation, DatabaseException::InvalidParameter,
+                      "<%u> entries of <%u> bytes do not fit one file", initialEntries, recordSize);
+    }
+}
+
+MemoryDataStore::~MemoryDataStore() { Close(); }
+
+void MemoryDataStore::Create(const std::string& fileName, const Uuid& uuid) { CreateFile(&fileName, &uuid); }
+
+void MemoryDataStore::Create() { CreateFile(nullptr, nullptr); }
+
+void MemoryDataStore::CreateFile(const std::string* fileName, const Uuid* uuid) {
+    const std::uint32_t dataSize = extension_.firstEntryOffset + extension_.entryStride * header_.initialEntries;
+    data_ = fileName != nullptr ? manager_.Create(*fileName, dataSize, *uuid) : manager_.Create(dataSize);
+    header_.currentEntries = 0;
+    header_.maxEntries = header_.initialEntries;
+    extension_.freeHead = extension_.freeTail = MemoryDataStoreHeader::NoEntry;
+    LinkEntries(0, header_.initialEntries);
+    // The whole header at once, so that a store whose process dies before its first save opens again.
+    Save();
+    fileName_ = fileName != nullptr ? *fileName : std::string();
+    temporary_ = fileName == nullptr;
+}
+
+StatusCode MemoryDataStore::Open(const std::string& fileName, const Uuid* uuid) {
+    if (IsOpen()) return Status::AlreadyOpen;
+    if (!File::IsFound(fileName)) return Status::NotFound;
+    return GuardOpen([&] { OpenFile(fileName, uuid); });
+}
+
+void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
+    data_ = uuid != nullptr ? manager_.Open(fileName, *uuid) : manager_.Open(fileName);
+    MessageValidator validator(data_, manager_.GetDataSize());
+    DataStoreHeader common;
+    MemoryDataStoreHeader extension;
+    StatusCode status = common.Deserialize(validator);
+    if (status == Status::Success) status = extension.Deserialize(validator);
+    if (status != Status::Success) ThrowStatus(OpenOperation, status);
+    CheckAgainstSelf(common, extension);
+
+    common.growEntries = header_.growEntries;
+    header_ = common;
+    extension_ = extension;
+    fileName_ = fileName;
+    temporary_ = false;
+
+    if (userData_ != nullptr) {
+        MessageValidator userData(data_ + header_.headerSize, header_.userDataSize);
+        status = userData_->DeserializeUserData(userData);
+        if (status != Status::Success) ThrowStatus(OpenOperation, status);
+    }
+}
+
+// Throws 25 for a store built for other records, 23 for a header that disagrees with the file.
+void MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const {
+    if (common.storeType != header_.storeType || common.userDataSize != header_.userDataSize ||
+        common.recordSize != header_.recordSize || extension.firstEntryOffset != extension_.firstEntryOffset) {
+        ThrowStatus(OpenOperation, Status::DescriptionDiffers);
+    }
+    const std::uint64_t fileSize =
+        extension.firstEntryOffset + static_cast<std::uint64_t>(extension.entryStride) * common.maxEntries;
+    if (extension.entryStride != extension_.entryStride || fileSize != manager_.GetDataSize()) {
+        ThrowStatus(OpenOperation, Status::Invalid);
+    }
+    // What the entry operations rely on to stay inside the mapping.
+    if (common.headerSize != header_.headerSize || common.maxEntries > MaxEntries ||
+        common.currentEntries > common.maxEntries || !IsEntryIdOrNone(extension.freeHead, common.maxEntries) ||
+        !IsEntryIdOrNone(extension.freeTail, common.maxEntries)) {
+        ThrowStatus(OpenOperation, Status::Invalid);
+    }
+}
+
+StatusCode MemoryDataStore::Flush() {
+    if (!IsOpen()) return Status::NotOpen;
+    if (temporary_) return Status::Success;
+    return Save();
+}
+
+StatusCode MemoryDataStore::Save() {
+    header_.valid = WriteUserData(userData_) == Status::Success;
+    MessageBuilder builder;
+    builder.SetFixedBuffer(data_, header_.headerSize);
+    return MemoryStoreHeaders{header_, extension_}.Serialize(builder);
+}
+
+StatusCode MemoryDataStore::Close() {
+    if (!IsOpen()) return Status::Success;
+    const StatusCode status = Flush();
+    Release();
+    fileName_.clear();
+    temporary_ = false;
+    return status;
+}
+
+StatusCode MemoryDataStore::SaveAs(const std::string& fileName) {
+    if (!IsOpen()) return Status::NotOpen;
+    const StatusCode status = Save();
+    return status != Status::Success ? status : manager_.SaveAs(fileName);
+}
+
+}  // namespace Tavrin::Database

@@ -1,0 +1,153 @@
+#include "storage/FileMappedMemoryManager.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "base/ChildProcess.h"
+#include "base/Exception.h"
+#include "base/File.h"
+#include "base/ScratchDirectory.h"
+#include "storage/StoreTestSupport.h"
+
+namespace Tavrin::Database {
+namespace {
+
+using Tavrin::Testing::ScratchDirectory;
+using Testing::ReadFile;
+
+template <class Action>
+std::uint32_t ThrownStatus(Action action) {
+    try {
+        action();
+    } catch (const StatusCodeException& e) {
+        return e.GetCode();
+    }
+    return 0;
+}
+
+TEST(FileMappedMemoryManager, HeaderCleanFlagAndDataArea) {
+    ScratchDirectory directory;
+    const std::string path = directory / "f";
+    const Uuid uuid;
+    unsigned char uuidBytes[16];
+    uuid.GetBinary(uuidBytes, 16);
+    {
+        FileMappedMemoryManager manager;
+        unsigned char* data = manager.Create(path, 10, uuid);
+        EXPECT_EQ(manager.GetName(), path);
+        EXPECT_EQ(manager.GetDataSize(), 10u);
+        std::memcpy(data, "0123456789", 10);
+        const auto open = ReadFile(path);
+        ASSERT_EQ(open.size(), 27u);
+        EXPECT_EQ(open[0], 0);  // clean flag while open
+        EXPECT_EQ(std::memcmp(open.data() + 1, uuidBytes, 16), 0);
+        EXPECT_EQ(std::memcmp(open.data() + 17, "0123456789", 10), 0);
+        EXPECT_FALSE(manager.GetUuid() != uuid);
+    }
+    EXPECT_EQ(ReadFile(path)[0], 1);  // the destructor closes in order
+
+    FileMappedMemoryManager manager;
+    unsigned char* data = manager.Open(path, uuid);
+    EXPECT_EQ(std::memcmp(data, "0123456789", 10), 0);
+    EXPECT_EQ(ReadFile(path)[0], 0);
+    data = manager.ResizeDataArea(5000);
+    EXPECT_EQ(std::memcmp(data, "0123456789", 10), 0);
+    EXPECT_EQ(ReadFile(path).size(), 5017u);
+    const Uuid other;
+    manager.SetUuid(other);
+    manager.Close();
+    EXPECT_EQ(manager.GetName(), "");
+    EXPECT_FALSE(manager.IsMapped());
+    const auto closed = ReadFile(path);
+    EXPECT_EQ(closed[0], 1);
+    EXPECT_FALSE(Uuid(closed.data() + 1, 16) != other);
+}
+
+TEST(FileMappedMemoryManager, RefusesWhatIsNotItsToOpen) {
+    ScratchDirectory directory;
+    const std::string path = directory / "f";
+    const Uuid uuid;
+    { FileMappedMemoryManager manager; manager.Create(path, 4, uuid); }
+
+    FileMappedMemoryManager manager;
+    EXPECT_EQ(ThrownStatus([&] { manager.Open(path, Uuid()); }), Status::Invalid);
+    EXPECT_FALSE(manager.IsMapped());
+    EXPECT_EQ(ReadFile(path)[0], 1);  // a refused Uuid leaves the file clean
+
+    unsigned char* data = manager.Open(path);
+    data[0] = 'x';
+    EXPECT_EQ(ThrownStatus([&] { manager.Open(path); }), Status::AlreadyOpen);
+    EXPECT_EQ(ThrownStatus([&] { manager.Create(4); }), Status::AlreadyCreated);
+    EXPECT_EQ(ThrownStatus([&] { manager.Create(directory / "g", 4, uuid); }), Status::AlreadyCreated);
+    EXPECT_FALSE(File::IsFound(directory / "g"));
+    ASSERT_TRUE(manager.IsMapped());  // the failed calls left the mapping alone
+    EXPECT_EQ(manager.GetDataArea()[0], 'x');
+
+    // A second manager on a file in use finds it unclean, and the refusal marks it clean.
+    FileMappedMemoryManager second;
+    EXPECT_EQ(ThrownStatus([&] { second.Open(path); }), Status::Invalid);
+
+    // Files too short for the header are refused and not written.
+    std::vector<unsigned char> shortFile(16, 0);
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{16}}) {
+        shortFile.resize(size);
+        Testing::WriteFile(directory / "short", shortFile);
+        EXPECT_EQ(ThrownStatus([&] { second.Open(directory / "short"); }), Status::LengthMismatch);
+        EXPECT_EQ(ReadFile(directory / "short"), shortFile);
+    }
+    EXPECT_EQ(ThrownStatus([&] { second.Open(directory / "missing"); }), Status::NotFound);
+    EXPECT_FALSE(second.IsMapped());
+}
+
+TEST(FileMappedMemoryManager, CrashedFileIsRefusedOnce) {
+    ScratchDirectory directory;
+    const std::string path = directory / "f";
+    const int code = Tavrin::Testing::RunInChild([&]() -> int {
+        FileMappedMemoryManager manager;
+        std::memcpy(manager.Create(path, 8, Uuid()), "survives", 8);
+        Tavrin::Testing::DieWithoutCleanup();
+    });
+    ASSERT_EQ(code, 0);
+    EXPECT_EQ(ReadFile(path)[0], 0);
+    FileMappedMemoryManager manager;
+    EXPECT_EQ(ThrownStatus([&] { manager.Open(path); }), Status::Invalid);
+    const unsigned char* data = manager.Open(path);
+    EXPECT_EQ(std::memcmp(data, "survives", 8), 0);
+}
+
+TEST(FileMappedMemoryManager, TemporaryFileIsNamedByItsUuidAndLeavesNothing) {
+    FileMappedMemoryManager manager;
+    unsigned char* data = manager.Create(100);
+    data[99] = 7;
+    const std::string name = manager.GetName();
+    EXPECT_EQ(name, File::MakePath(File::GetTemporaryPath(), manager.GetUuid().ToString()));
+    EXPECT_FALSE(File::IsFound(name));
+    // The data area starts at file offset 17, whatever the alignment.
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(data) % 4096, 17u);
+    manager.Close();
+    EXPECT_FALSE(File::IsFound(name));
+}
+
+TEST(FileMappedMemoryManager, SaveAsWritesACleanCopy) {
+    ScratchDirectory directory;
+    const std::string path = directory / "f";
+    FileMappedMemoryManager manager;
+    EXPECT_EQ(manager.SaveAs(directory / "copy"), Status::NotOpen);
+    const Uuid uuid;
+    std::memcpy(manager.Create(path, 6, uuid), "abcdef", 6);
+    ASSERT_EQ(manager.SaveAs(directory / "copy"), Status::Success);
+    EXPECT_EQ(manager.SaveAs(path), Status::Invalid);  // never over the mapped file itself
+    EXPECT_EQ(manager.SaveAs(directory / "no/dir"), Status::NotFound);
+    EXPECT_EQ(ReadFile(path)[0], 0);
+
+    FileMappedMemoryManager copy;
+    const unsigned char* data = copy.Open(directory / "copy", uuid);
+    EXPECT_EQ(std::memcmp(data, "abcdef", 6), 0);
+    EXPECT_EQ(copy.GetDataSize(), 6u);
+    EXPECT_EQ(std::memcmp(manager.GetDataArea(), "abcdef", 6), 0);
+}
+
+}  // namespace
+}  // namespace Tavrin::Database
