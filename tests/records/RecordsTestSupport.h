@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,6 +47,27 @@ inline FieldSpecification MakeUnchecked(std::uint32_t id, const std::string& nam
     EXPECT_EQ(specification.Deserialize(validator), Status::Success);
     return specification;
 }
+
+struct FieldDefinition {
+    std::uint16_t id;
+    const char* name;
+    FieldSpecification::Type type;
+    std::uint32_t maxLength;
+};
+
+// Specifications whose offsets pack the fields one after the other from 0, so that both layouts
+// accept them.
+inline std::vector<FieldSpecification> PackedSpecifications(std::initializer_list<FieldDefinition> fields) {
+    std::vector<FieldSpecification> specifications;
+    std::uint32_t offset = 0;
+    for (const FieldDefinition& field : fields) {
+        specifications.emplace_back(field.id, field.name, field.type, field.maxLength, offset, 0);
+        offset += field.maxLength;
+    }
+    return specifications;
+}
+
+inline const unsigned char* Bytes(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
 
 // Calls `read` on every proper prefix of `message`, each copied into a heap buffer of exactly its
 // own length so that a sanitizer sees any read past the end; every cut must be refused with a

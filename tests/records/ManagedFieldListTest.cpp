@@ -1,0 +1,247 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "RecordsTestSupport.h"
+#include "records/ManagedFieldList.h"
+
+namespace Tavrin::Database {
+namespace {
+
+using Testing::Bytes;
+using Testing::ExpectDatabaseException;
+
+constexpr const char* kConstructor = "Tavrin::Database::ManagedFieldList::ManagedFieldList";
+
+// UInt(4), TextString(10), Blob(300), DateTime(7).
+ManagedFieldList ExampleList() {
+    return ManagedFieldList({
+        FieldSpecification(1, "number", FieldSpecification::UInt, 4, 0, 0),
+        FieldSpecification(2, "text", FieldSpecification::TextString, 10, 0, 0),
+        FieldSpecification(3, "blob", FieldSpecification::Blob, 300, 999, 0),
+        FieldSpecification(4, "when", FieldSpecification::DateTime, 7, 0, 0),
+    });
+}
+
+std::vector<FieldSpecification> UIntFields(std::uint16_t count) {
+    std::vector<FieldSpecification> specifications;
+    for (std::uint16_t id = 0; id < count; ++id) {
+        specifications.emplace_back(id, "f" + std::to_string(id), FieldSpecification::UInt, 1, 0, 0);
+    }
+    return specifications;
+}
+
+TEST(ManagedFieldListLayout, ExampleOffsetsPrefixesAndLength) {
+    const ManagedFieldList list = ExampleList();
+    EXPECT_EQ(list.GetDataLength(), 325u);
+    std::vector<std::uint32_t> offsets;
+    for (const FieldSpecification& specification : list.GetFieldSpecificationList()) {
+        offsets.push_back(specification.GetOffset());
+    }
+    EXPECT_EQ(offsets, (std::vector<std::uint32_t>{4, 8, 18, 318}));
+
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    ASSERT_EQ(list.SetField(image.data(), 2, Bytes("abc"), 3), Status::Success);
+    const std::string blob(260, 'b');
+    ASSERT_EQ(list.SetField(image.data(), 3, blob.data(), 260), Status::Success);
+    EXPECT_EQ(image[0], 0x60);  // fields 1 and 2 of byte 0
+    EXPECT_EQ(image[1], 3);     // 1-byte prefix of the text
+    EXPECT_EQ(DecodeU16(&image[2]), 260);
+    EXPECT_EQ(std::string(image.begin() + 8, image.begin() + 11), "abc");
+    EXPECT_EQ(image[18], 'b');
+}
+
+TEST(ManagedFieldListLayout, PrefixWidthsChangeAt255And65535) {
+    const std::vector<std::pair<std::uint32_t, std::uint32_t>> widthByMaxLength = {
+        {254, 1}, {255, 2}, {65534, 2}, {65535, 4}, {70000, 4}};
+    for (const auto& [maxLength, width] : widthByMaxLength) {
+        const ManagedFieldList list({FieldSpecification(0, "t", FieldSpecification::BinaryString, maxLength, 0, 0)});
+        EXPECT_EQ(list.GetDataLength(), 1 + width + maxLength) << maxLength;
+    }
+    // A 4-byte prefix holds the whole length.
+    const ManagedFieldList list({FieldSpecification(0, "t", FieldSpecification::TextString, 70000, 0, 0)});
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    const std::string value(66000, 'v');
+    ASSERT_EQ(list.SetField(image.data(), 0, value.data(), 66000), Status::Success);
+    EXPECT_EQ(DecodeU32(&image[1]), 66000u);
+}
+
+TEST(ManagedFieldListLayout, BitmapGrowsByteByByteAndCountsFromTheHighBit) {
+    EXPECT_EQ(ManagedFieldList(UIntFields(8)).GetBitmapLength(), 1u);
+    const ManagedFieldList list(UIntFields(9));
+    ASSERT_EQ(list.GetBitmapLength(), 2u);
+    EXPECT_EQ(list.GetDataLength(), 11u);
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    ASSERT_EQ(list.SetField(image.data(), 8, Bytes("x"), 1), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 0, Bytes("y"), 1), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 7, Bytes("z"), 1), Status::Success);
+    EXPECT_EQ(image[0], 0x81);
+    EXPECT_EQ(image[1], 0x80);
+}
+
+TEST(ManagedFieldListConstruction, RefusesBadListsNamingTheField) {
+    ExpectDatabaseException([] { ManagedFieldList({}); }, DatabaseException::InvalidParameter, kConstructor,
+                            "empty field specification list");
+    ExpectDatabaseException(
+        [] {
+            ManagedFieldList({FieldSpecification(4, "first", FieldSpecification::UInt, 4, 0, 0),
+                              FieldSpecification(4, "second", FieldSpecification::SInt, 4, 0, 0)});
+        },
+        DatabaseException::InvalidParameter, kConstructor, "repeated field id <4> at field <second>");
+    // A field that was never validated is refused by its validator when the list makes its entry.
+    const FieldSpecification bad = Testing::MakeUnchecked(3, "bad", FieldSpecification::Blob, 4);
+    ExpectDatabaseException([&] { ManagedFieldList({bad}); }, DatabaseException::InvalidParameter,
+                            "Tavrin::Database::ValidateBlobSpecification", "invalid length <4> for field <bad>");
+    // Slots that add up past 4 GB.
+    ExpectDatabaseException(
+        [] {
+            ManagedFieldList({FieldSpecification(1, "a", FieldSpecification::BinaryArray, 0xF0000000u, 0, 0),
+                              FieldSpecification(2, "b", FieldSpecification::BinaryArray, 0x10000000u, 0, 0)});
+        },
+        DatabaseException::InvalidParameter, kConstructor, "invalid length <268435456> for field <b>");
+}
+
+TEST(ManagedFieldListValues, VariableLengthValuesMustBeNonEmptyAndFit) {
+    const ManagedFieldList list = ExampleList();
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    ASSERT_EQ(list.SetField(image.data(), 2, Bytes("0123456789"), 10), Status::Success);
+    const std::vector<unsigned char> before = image;
+    EXPECT_EQ(list.SetField(image.data(), 2, Bytes("0123456789A"), 11), Status::LengthMismatch);
+    EXPECT_EQ(list.SetField(image.data(), 2, Bytes(""), 0), Status::LengthMismatch);
+    EXPECT_EQ(list.SetFieldLength(image.data(), 2, 0), Status::LengthMismatch);
+    EXPECT_EQ(image, before);
+
+    // Shortening keeps the old tail in the slot but reads only the new length.
+    ASSERT_EQ(list.SetField(image.data(), 2, Bytes("ab"), 2), Status::Success);
+    char buffer[10] = {};
+    std::uint32_t length = 0;
+    ASSERT_EQ(list.GetField(image.data(), 2, buffer, sizeof buffer, length), Status::Success);
+    EXPECT_EQ(std::string(buffer, length), "ab");
+    EXPECT_EQ(image[10], '2');
+}
+
+TEST(ManagedFieldListValues, UndefinedFieldsAfterResetAndClear) {
+    const ManagedFieldList list = ExampleList();
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    ASSERT_EQ(list.SetField(image.data(), 2, Bytes("abc"), 3), Status::Success);
+    list.ResetData(image.data());
+    EXPECT_EQ(image[1], 3);  // the prefix stays
+    EXPECT_EQ(list.GetFieldLength(1, image.data()), 0u);
+    const void* value = nullptr;
+    std::uint32_t length = 0;
+    EXPECT_EQ(list.GetField(static_cast<const unsigned char*>(image.data()), 2, value, length), Status::Undefined);
+    void* slot = nullptr;
+    ASSERT_EQ(list.GetField(image.data(), 2, slot, length), Status::Success);
+    EXPECT_EQ(length, 0u);
+    EXPECT_EQ(slot, image.data() + 8);
+
+    bool changed = true;
+    ASSERT_EQ(list.ClearField(image.data(), 2, changed), Status::Success);
+    EXPECT_FALSE(changed);
+    ASSERT_EQ(list.SetField(image.data(), 1, Bytes("\1\0\0\0"), 4), Status::Success);
+    ASSERT_EQ(list.ClearField(image.data(), 1, changed), Status::Success);
+    EXPECT_TRUE(changed);
+    bool defined = true;
+    ASSERT_EQ(list.IsFieldDefined(image.data(), 1, defined), Status::Success);
+    EXPECT_FALSE(defined);
+    EXPECT_EQ(list.ClearField(image.data(), 9), Status::NotFound);
+}
+
+TEST(ManagedFieldListValues, CopyFromAnUndefinedFieldUndefinesTheTarget) {
+    const ManagedFieldList list = ExampleList();
+    std::vector<unsigned char> source(list.GetDataLength(), 0);
+    std::vector<unsigned char> target(list.GetDataLength(), 0);
+    ASSERT_EQ(list.SetField(target.data(), 2, Bytes("abc"), 3), Status::Success);
+    ASSERT_EQ(list.CopyFieldByNumber(1, target.data(), 1, list, source.data()), Status::Success);
+    EXPECT_FALSE(list.IsFieldDefined(1, target.data()));
+
+    ASSERT_EQ(list.SetField(source.data(), 2, Bytes("xy"), 2), Status::Success);
+    ASSERT_EQ(list.CopyFieldByNumber(1, target.data(), 1, list, source.data()), Status::Success);
+    EXPECT_EQ(list.GetFieldLength(1, target.data()), 2u);
+    EXPECT_EQ(target[1], 2);
+}
+
+TEST(ManagedFieldListWire, ExactImageMessage) {
+    const ManagedFieldList list = ExampleList();
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    MessageBuilder empty;
+    ASSERT_EQ(list.SerializeFields(empty, image.data()), Status::Success);
+    EXPECT_EQ(empty.GetLength(), 1u);
+
+    ASSERT_EQ(list.SetField(image.data(), 1, Bytes("\1\2\3\4"), 4), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 2, Bytes("ab"), 2), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 4, Bytes("\1\2\3\4\5\6"), 6), Status::Success);
+    MessageBuilder builder;
+    ASSERT_EQ(list.SerializeFields(builder, image.data()), Status::Success);
+    // Bitmap; UInt slot; text prefix and value; DateTime always at maxLength, whatever its value says.
+    const std::array<unsigned char, 15> expected = {0xD0, 1, 2, 3, 4, 2, 'a', 'b', 1, 2, 3, 4, 5, 6,
+                                                    image[318 + 6]};
+    ASSERT_EQ(builder.GetLength(), expected.size());
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), builder.GetBuffer()));
+}
+
+TEST(ManagedFieldListWire, ShortTimeTravelsAtFullWidth) {
+    const ManagedFieldList list({FieldSpecification(1, "at", FieldSpecification::Time, 4, 0, 0)});
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    ASSERT_EQ(list.SetField(image.data(), 1, Bytes("\x01\x02\x03"), 3), Status::Success);
+    image[4] = 0x55;  // the unused fourth byte travels too
+    MessageBuilder builder;
+    ASSERT_EQ(list.SerializeFields(builder, image.data()), Status::Success);
+    EXPECT_EQ(builder.GetLength(), 5u);
+    std::vector<unsigned char> copy(list.GetDataLength(), 0);
+    MessageValidator validator(builder.GetBuffer(), builder.GetLength());
+    ASSERT_EQ(list.DeserializeFields(validator, copy.data()), Status::Success);
+    EXPECT_EQ(copy, image);
+    EXPECT_EQ(list.GetFieldLength(0, copy.data()), 3u);
+}
+
+TEST(ManagedFieldListWire, ReaderRefusesLengthsThatDoNotFitTheSlot) {
+    const ManagedFieldList list = ExampleList();
+    for (std::uint8_t badLength : {0, 11, 255}) {
+        SCOPED_TRACE(static_cast<int>(badLength));
+        MessageBuilder builder;
+        ASSERT_EQ(builder.AppendUInt8(0x40), Status::Success);  // only the text is defined
+        ASSERT_EQ(builder.AppendUInt8(badLength), Status::Success);
+        const std::string payload(255, 'p');
+        ASSERT_EQ(builder.AppendBytes(payload.data(), badLength), Status::Success);
+        std::vector<unsigned char> image(list.GetDataLength(), 0x11);
+        MessageValidator validator(builder.GetBuffer(), builder.GetLength());
+        EXPECT_EQ(list.DeserializeFields(validator, image.data()), Status::LengthMismatch);
+        EXPECT_EQ(image[1], 0x11);  // prefix untouched
+        EXPECT_EQ(image[8], 0x11);  // slot untouched
+        EXPECT_EQ(image[18], 0x11);
+    }
+}
+
+TEST(ManagedFieldListWire, ReaderClearsBitsBeyondTheLastField) {
+    const ManagedFieldList list({FieldSpecification(1, "a", FieldSpecification::UInt, 1, 0, 0),
+                                 FieldSpecification(2, "b", FieldSpecification::UInt, 1, 0, 0)});
+    const std::array<unsigned char, 2> message = {0xBF, 7};  // field a plus stray bits
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    MessageValidator validator(message.data(), message.size());
+    ASSERT_EQ(list.DeserializeFields(validator, image.data()), Status::Success);
+    EXPECT_EQ(image[0], 0x80);
+    EXPECT_EQ(image[1], 7);
+}
+
+TEST(ManagedFieldListWire, EveryCutOfARichImageIsRefused) {
+    const ManagedFieldList list = ExampleList();
+    std::vector<unsigned char> image(list.GetDataLength(), 0);
+    const std::string blob(300, 'q');
+    ASSERT_EQ(list.SetField(image.data(), 1, Bytes("\1\2\3\4"), 4), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 2, Bytes("abcdefghij"), 10), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 3, blob.data(), 300), Status::Success);
+    ASSERT_EQ(list.SetField(image.data(), 4, Bytes("\1\2\3\x84\5\6\7"), 7), Status::Success);
+    MessageBuilder builder;
+    ASSERT_EQ(list.SerializeFields(builder, image.data()), Status::Success);
+    Testing::ExpectEveryCutRefused(builder.GetBuffer(), builder.GetLength(), [&](MessageValidator& cut) {
+        std::vector<unsigned char> target(list.GetDataLength(), 0);
+        return list.DeserializeFields(cut, target.data());
+    });
+}
+
+}  // namespace
+}  // namespace Tavrin::Database
