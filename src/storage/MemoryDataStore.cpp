@@ -2,6 +2,7 @@
 // MemoryDataStoreEntries.cpp.
 #include "storage/MemoryDataStore.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "base/File.h"
@@ -60,9 +61,9 @@ void MemoryDataStore::CreateFile(const std::string* fileName, const Uuid* uuid) 
     header_.currentEntries = 0;
     header_.maxEntries = header_.initialEntries;
     extension_.freeHead = extension_.freeTail = MemoryDataStoreHeader::NoEntry;
-    LinkEntries(0, header_.initialEntries);
-    // The whole header at once, so that a store whose process dies before its first save opens again.
+    // The whole header first, so that a store whose process dies before its first save opens again.
     Save();
+    LinkEntries(0, header_.initialEntries);
     fileName_ = fileName != nullptr ? *fileName : std::string();
     temporary_ = fileName == nullptr;
 }
@@ -81,11 +82,12 @@ void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
     StatusCode status = common.Deserialize(validator);
     if (status == Status::Success) status = extension.Deserialize(validator);
     if (status != Status::Success) ThrowStatus(OpenOperation, status);
-    CheckAgainstSelf(common, extension);
+    const std::uint32_t surplus = CheckAgainstSelf(common, extension);
 
     common.growEntries = header_.growEntries;
     header_ = common;
     extension_ = extension;
+    FinishGrowth(surplus);
     fileName_ = fileName;
     temporary_ = false;
 
@@ -96,23 +98,48 @@ void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
     }
 }
 
-// Throws 25 for a store built for other records, 23 for a header that disagrees with the file.
-void MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const {
+// Throws 25 for a store built for other records, 23 for a header that disagrees with the file. Gives
+// the number of entries that the file has beyond the header's maxEntries: see FinishGrowth.
+std::uint32_t MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common,
+                                                const MemoryDataStoreHeader& extension) const {
     if (common.storeType != header_.storeType || common.userDataSize != header_.userDataSize ||
         common.recordSize != header_.recordSize || extension.firstEntryOffset != extension_.firstEntryOffset) {
         ThrowStatus(OpenOperation, Status::DescriptionDiffers);
     }
-    const std::uint64_t fileSize =
-        extension.firstEntryOffset + static_cast<std::uint64_t>(extension.entryStride) * common.maxEntries;
-    if (extension.entryStride != extension_.entryStride || fileSize != manager_.GetDataSize()) {
-        ThrowStatus(OpenOperation, Status::Invalid);
-    }
+    if (extension.entryStride != extension_.entryStride) ThrowStatus(OpenOperation, Status::Invalid);
+    const std::uint32_t surplus = SurplusEntries(common.maxEntries);
     // What the entry operations rely on to stay inside the mapping.
-    if (common.headerSize != header_.headerSize || common.maxEntries > MaxEntries ||
+    if (common.headerSize != header_.headerSize || common.maxEntries + std::uint64_t{surplus} > MaxEntries ||
         common.currentEntries > common.maxEntries || !IsEntryIdOrNone(extension.freeHead, common.maxEntries) ||
         !IsEntryIdOrNone(extension.freeTail, common.maxEntries)) {
         ThrowStatus(OpenOperation, Status::Invalid);
     }
+    return surplus;
+}
+
+// The file must be exactly as long as `maxEntries` entries make it (else 23), with one exception: a
+// process that died inside a growth step, after the file was extended and before maxEntries was
+// written, leaves whole entries of zero bytes behind the last one. They were never linked and hold
+// nothing, so they are counted here and linked by FinishGrowth rather than making the file unusable.
+std::uint32_t MemoryDataStore::SurplusEntries(std::uint32_t maxEntries) const {
+    const std::uint64_t expected = extension_.firstEntryOffset + std::uint64_t{extension_.entryStride} * maxEntries;
+    const std::uint64_t actual = manager_.GetDataSize();
+    if (actual == expected) return 0;
+    const std::uint64_t surplus = actual - expected;
+    if (actual < expected || surplus % extension_.entryStride != 0) ThrowStatus(OpenOperation, Status::Invalid);
+    const unsigned char* begin = data_ + expected;
+    if (std::any_of(begin, begin + surplus, [](unsigned char byte) { return byte != 0; })) {
+        ThrowStatus(OpenOperation, Status::Invalid);
+    }
+    return static_cast<std::uint32_t>(surplus / extension_.entryStride);
+}
+
+// Completes the growth step that a dead process began: the surplus entries become free entries.
+void MemoryDataStore::FinishGrowth(std::uint32_t surplus) noexcept {
+    if (surplus == 0) return;
+    const std::uint32_t first = header_.maxEntries;
+    SetMaxEntries(first + surplus);
+    LinkEntries(first, surplus);
 }
 
 StatusCode MemoryDataStore::Flush() {

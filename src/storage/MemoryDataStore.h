@@ -49,7 +49,8 @@ public:
     // format; 25 when the store type, user data size, record size or first entry offset differ from
     // this object's; 23 when the entry stride or the file's length disagree with the header or the
     // free list ends are out of range; the owner's status from DeserializeUserData. growEntries
-    // stays this object's.
+    // stays this object's. A file that ends in whole entries of zero bytes beyond the header's
+    // maxEntries was left by a process that died while growing it: those entries become free ones.
     StatusCode Open(const std::string& fileName, const Uuid* uuid) override;
     // Saves, then releases the file with clean flag 1; the save's status, 0 if not open.
     StatusCode Close() override;
@@ -80,7 +81,9 @@ public:
 private:
     void CreateFile(const std::string* fileName, const Uuid* uuid);
     void OpenFile(const std::string& fileName, const Uuid* uuid);
-    void CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const;
+    std::uint32_t CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const;
+    std::uint32_t SurplusEntries(std::uint32_t maxEntries) const;
+    void FinishGrowth(std::uint32_t surplus) noexcept;
     StatusCode Save();
 
     unsigned char* EntryAt(std::uint32_t id) const noexcept;

@@ -13,7 +13,8 @@
 //   them; then an empty list gets freeTail before freeHead, a non-empty one its old tail's next
 //   before the new freeTail.
 // - Growth: the file is extended (its blocks reserved first), maxEntries is written at once so that
-//   the header and the file's length agree again, then the new entries are linked.
+//   the header and the file's length agree again, then the new entries are linked. A death before
+//   maxEntries is written leaves zero entries behind the last one, which Open turns into free ones.
 // - Clear: freeHead becomes -1 and currentEntries 0 before the entries are rewritten as free.
 #include <cstring>
 #include <exception>

@@ -1,0 +1,290 @@
+#include "storage/MemoryDataStore.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Encoding.h"
+#include "base/File.h"
+#include "base/FileMappedMemoryFactory.h"
+#include "base/ScratchDirectory.h"
+#include "storage/StoreTestSupport.h"
+
+namespace Tavrin::Database {
+namespace {
+
+using Tavrin::Testing::ScratchDirectory;
+using Testing::MakeRecord;
+using Testing::ReadFile;
+using Testing::TextOwner;
+
+std::uint32_t AddRecord(DataStore& store, std::uint32_t recordSize, std::uint32_t seed) {
+    std::uint32_t id = 0xFFFFFFFF;
+    const auto record = MakeRecord(recordSize, seed);
+    EXPECT_EQ(store.Add(id, record.data()), Status::Success);
+    return id;
+}
+
+bool Holds(DataStore& store, std::uint32_t id, std::uint32_t recordSize, std::uint32_t seed) {
+    unsigned char* record = nullptr;
+    return store.GetEntry(id, record) == Status::Success &&
+           std::memcmp(record, MakeRecord(recordSize, seed).data(), recordSize) == 0;
+}
+
+TEST(MemoryDataStore, ClosedFileIsExactlyTheLayout) {
+    ScratchDirectory directory;
+    const std::string path = directory / "t.tab";
+    TextOwner owner("owner");
+    const Uuid uuid;
+    MemoryDataStore store(&owner, 5, 4, 2);
+    store.Create(path, uuid);
+    for (std::uint32_t seed = 0; seed < 5; ++seed) EXPECT_EQ(AddRecord(store, 5, seed), seed);
+    ASSERT_EQ(store.Remove(1), Status::Success);
+
+    // Between saves the bookkeeping in the file is already up to date.
+    auto bytes = ReadFile(path);
+    ASSERT_EQ(bytes.size(), 17u + 61 + 6 * 13);
+    EXPECT_EQ(bytes[0], 0);
+    EXPECT_EQ(DecodeU32(&bytes[46]), 4u);  // currentEntries
+    EXPECT_EQ(DecodeU32(&bytes[50]), 6u);  // maxEntries
+    EXPECT_EQ(DecodeI32(&bytes[63]), 1);   // freeHead
+    EXPECT_EQ(DecodeI32(&bytes[67]), 5);   // freeTail
+
+    ASSERT_EQ(store.Close(), Status::Success);
+    EXPECT_FALSE(store.IsOpen());
+    bytes = ReadFile(path);
+    ASSERT_EQ(bytes.size(), 17u + 61 + 6 * 13);
+    EXPECT_EQ(bytes[0], 1);
+    EXPECT_FALSE(Uuid(&bytes[1], 16) != uuid);
+    const std::uint32_t header[] = {0, 1, 54, 7, 5, 4, 2, 4, 6};
+    EXPECT_EQ(bytes[17], 2);
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(DecodeU32(&bytes[18 + 4 * i]), header[i]) << "field " << i;
+    EXPECT_EQ(bytes[54], 2);
+    EXPECT_EQ(DecodeU32(&bytes[55]), 61u);
+    EXPECT_EQ(DecodeU32(&bytes[59]), 13u);
+    EXPECT_EQ(DecodeI32(&bytes[63]), 1);
+    EXPECT_EQ(DecodeI32(&bytes[67]), 5);
+    EXPECT_EQ(DecodeU16(&bytes[71]), 5);
+    EXPECT_EQ(std::string(bytes.begin() + 73, bytes.begin() + 78), "owner");
+
+    const std::int32_t next[] = {-1, 5, -1, -1, -1, -1};
+    const unsigned char used[] = {1, 0, 1, 1, 1, 0};
+    for (std::uint32_t i = 0; i < 6; ++i) {
+        const unsigned char* entry = &bytes[78 + 13 * i];
+        EXPECT_EQ(entry[0], used[i]) << "entry " << i;
+        EXPECT_EQ(entry[1] | entry[2] | entry[3], 0) << "entry " << i;
+        EXPECT_EQ(DecodeI32(entry + 4), next[i]) << "entry " << i;
+        if (i != 5) {
+            EXPECT_EQ(std::memcmp(entry + 8, MakeRecord(5, i).data(), 5), 0) << "entry " << i;
+        }
+    }
+}
+
+TEST(MemoryDataStore, FreeListHandsOutRemovedIdsFirst) {
+    MemoryDataStore store(nullptr, 8, 10, 0);
+    store.Create();
+    for (std::uint32_t seed = 0; seed < 8; ++seed) AddRecord(store, 8, seed);
+    ASSERT_EQ(store.Remove(2), Status::Success);
+    ASSERT_EQ(store.Remove(5), Status::Success);
+    EXPECT_EQ(store.GetCurrentEntries(), 6u);
+    EXPECT_EQ(AddRecord(store, 8, 100), 5u);
+    EXPECT_EQ(AddRecord(store, 8, 101), 2u);
+    EXPECT_EQ(AddRecord(store, 8, 102), 8u);
+    EXPECT_EQ(AddRecord(store, 8, 103), 9u);
+
+    // Full and not allowed to grow; one removal makes room for exactly one.
+    std::uint32_t id = 77;
+    const auto record = MakeRecord(8, 200);
+    EXPECT_EQ(store.Add(id, record.data()), Status::StoreFull);
+    EXPECT_EQ(id, 77u);
+    ASSERT_EQ(store.Remove(0), Status::Success);
+    EXPECT_EQ(AddRecord(store, 8, 200), 0u);
+    EXPECT_EQ(store.Add(id, record.data()), Status::StoreFull);
+    EXPECT_EQ(store.GetMaxEntries(), 10u);
+    EXPECT_TRUE(Holds(store, 5, 8, 100));
+    EXPECT_TRUE(Holds(store, 9, 8, 103));
+}
+
+TEST(MemoryDataStore, EntriesNotInUseAnswerTheirStatuses) {
+    MemoryDataStore store(nullptr, 4, 4, 0);
+    unsigned char buffer[4] = {};
+    unsigned char* record = nullptr;
+    std::uint32_t id = 0;
+    EXPECT_EQ(store.Add(id, buffer), Status::NotOpen);
+    EXPECT_EQ(store.GetFirst(id, record), Status::NotOpen);
+    store.Create();
+    EXPECT_EQ(store.GetFirst(id, record), Status::NotFound);
+    const std::uint32_t used = AddRecord(store, 4, 1);
+    for (const std::uint32_t stray : {used + 1, 4u, 1000000u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(store.Update(stray, buffer), Status::OutOfRange);
+        EXPECT_EQ(store.GetEntry(stray, record), Status::OutOfRange);
+        EXPECT_EQ(store.Read(stray, buffer), Status::Invalid);
+        EXPECT_EQ(store.Remove(stray), Status::Invalid);
+    }
+    ASSERT_EQ(store.Remove(used), Status::Success);
+    EXPECT_EQ(store.Remove(used), Status::Invalid);
+    EXPECT_EQ(store.Read(used, buffer), Status::Invalid);
+}
+
+TEST(MemoryDataStore, ReadUpdateAndScanInIdOrder) {
+    MemoryDataStore store(nullptr, 6, 8, 0);
+    store.Create();
+    for (std::uint32_t seed = 0; seed < 6; ++seed) AddRecord(store, 6, seed);
+    ASSERT_EQ(store.Remove(0), Status::Success);
+    ASSERT_EQ(store.Remove(3), Status::Success);
+    const auto updated = MakeRecord(6, 55);
+    ASSERT_EQ(store.Update(4, updated.data()), Status::Success);
+    unsigned char buffer[6] = {};
+    ASSERT_EQ(store.Read(4, buffer), Status::Success);
+    EXPECT_EQ(std::memcmp(buffer, updated.data(), 6), 0);
+
+    std::vector<std::uint32_t> seen;
+    std::uint32_t id = 0;
+    unsigned char* record = nullptr;
+    for (StatusCode status = store.GetFirst(id, record); status == Status::Success;
+         status = store.GetNext(id, record)) {
+        seen.push_back(id);
+        EXPECT_EQ(record, [&] { unsigned char* r; store.GetEntry(id, r); return r; }());
+    }
+    EXPECT_EQ(seen, (std::vector<std::uint32_t>{1, 2, 4, 5}));
+    id = 5;
+    EXPECT_EQ(store.GetNext(id, record), Status::NotFound);
+    id = 0xFFFFFFFF;
+    EXPECT_EQ(store.GetNext(id, record), Status::NotFound);
+}
+
+TEST(MemoryDataStore, ClearStartsIdsAgainAndKeepsTheFileSize) {
+    ScratchDirectory directory;
+    MemoryDataStore store(nullptr, 3, 2, 3);
+    store.Create(directory / "s", Uuid());
+    for (std::uint32_t seed = 0; seed < 7; ++seed) AddRecord(store, 3, seed);
+    const std::uint32_t max = store.GetMaxEntries();
+    EXPECT_EQ(max, 8u);
+    store.Clear();
+    std::uint32_t id = 0;
+    unsigned char* record = nullptr;
+    EXPECT_EQ(store.GetFirst(id, record), Status::NotFound);
+    EXPECT_EQ(store.GetCurrentEntries(), 0u);
+    EXPECT_EQ(store.GetMaxEntries(), max);
+    for (std::uint32_t expected = 0; expected < max; ++expected) EXPECT_EQ(AddRecord(store, 3, expected), expected);
+    store.Clear();
+    store.Clear();
+    EXPECT_EQ(AddRecord(store, 3, 9), 0u);
+    ASSERT_EQ(store.Close(), Status::Success);
+    EXPECT_EQ(ReadFile(directory / "s").size(), 17u + 54 + 8 * 11);
+}
+
+TEST(MemoryDataStore, GrowthByStepsKeepsEveryIdValidWhileTheMappingMoves) {
+    ScratchDirectory directory;
+    MemoryDataStore store(nullptr, 4, 4, 2);
+    store.Create(directory / "s", Uuid());
+    for (std::uint32_t seed = 0; seed < 4; ++seed) AddRecord(store, 4, seed);
+    EXPECT_EQ(store.GetMaxEntries(), 4u);
+    AddRecord(store, 4, 4);
+    EXPECT_EQ(store.GetMaxEntries(), 6u);
+    EXPECT_EQ(ReadFile(directory / "s").size(), 17u + 54 + 6 * 12);
+
+    // Many growth steps, with other mappings made in between so that the mapping has to move.
+    std::vector<std::unique_ptr<IFileMappedMemory>> neighbours;
+    const void* firstAddress = [&] { unsigned char* r; store.GetEntry(0, r); return r; }();
+    bool moved = false;
+    for (std::uint32_t seed = 5; seed < 3000; ++seed) {
+        ASSERT_EQ(AddRecord(store, 4, seed), seed);
+        if (seed % 100 == 0) {
+            neighbours.emplace_back(FileMappedMemoryFactory::GetInstance().Create(
+                directory / ("n" + std::to_string(seed)), 4096, false, FileMappedMemoryFactory::ModeCreate, 0));
+            unsigned char* record = nullptr;
+            store.GetEntry(0, record);
+            moved = moved || record != firstAddress;
+        }
+    }
+    EXPECT_TRUE(moved);
+    EXPECT_EQ(store.GetMaxEntries(), 3000u);
+    for (std::uint32_t seed = 0; seed < 3000; ++seed) ASSERT_TRUE(Holds(store, seed, 4, seed)) << seed;
+    ASSERT_EQ(store.Close(), Status::Success);
+
+    MemoryDataStore reopened(nullptr, 4, 4, 2);
+    ASSERT_EQ(reopened.Open(directory / "s", nullptr), Status::Success);
+    EXPECT_EQ(reopened.GetCurrentEntries(), 3000u);
+    for (std::uint32_t seed = 0; seed < 3000; ++seed) ASSERT_TRUE(Holds(reopened, seed, 4, seed)) << seed;
+}
+
+TEST(MemoryDataStore, TemporaryStoreHasNoNameAndLeavesNothing) {
+    TextOwner owner;
+    MemoryDataStore store(&owner, 4, 2, 2);
+    store.Create();
+    EXPECT_TRUE(store.IsTemporary());
+    EXPECT_EQ(store.GetFileName(), "");
+    const std::string name = File::MakePath(File::GetTemporaryPath(), store.GetUuid().ToString());
+    EXPECT_FALSE(File::IsFound(name));
+    AddRecord(store, 4, 1);
+    AddRecord(store, 4, 2);
+    AddRecord(store, 4, 3);
+
+    // Its copy is a complete store file all the same.
+    ScratchDirectory directory;
+    ASSERT_EQ(store.SaveAs(directory / "copy"), Status::Success);
+    EXPECT_EQ(store.Close(), Status::Success);
+    EXPECT_FALSE(store.IsTemporary());
+    EXPECT_FALSE(File::IsFound(name));
+
+    TextOwner reader;
+    MemoryDataStore copy(&reader, 4, 2, 2);
+    ASSERT_EQ(copy.Open(directory / "copy", nullptr), Status::Success);
+    EXPECT_EQ(reader.readBack, "owner");
+    EXPECT_EQ(copy.GetCurrentEntries(), 3u);
+    EXPECT_TRUE(Holds(copy, 2, 4, 3));
+}
+
+TEST(MemoryDataStore, SaveAsCopiesWhileTheSourceStaysOpen) {
+    ScratchDirectory directory;
+    TextOwner owner("first");
+    MemoryDataStore store(&owner, 4, 4, 4);
+    const Uuid uuid;
+    store.Create(directory / "s", uuid);
+    AddRecord(store, 4, 1);
+    owner.text = "later";  // same length: it fits the area sized at construction
+    ASSERT_EQ(store.SaveAs(directory / "copy"), Status::Success);
+    EXPECT_EQ(store.SaveAs(directory / "s"), Status::Invalid);
+    EXPECT_TRUE(store.IsOpen());
+    AddRecord(store, 4, 2);
+
+    TextOwner reader;
+    MemoryDataStore copy(&reader, 4, 4, 4);
+    ASSERT_EQ(copy.Open(directory / "copy", &uuid), Status::Success);
+    EXPECT_EQ(reader.readBack, "later");
+    EXPECT_EQ(copy.GetCurrentEntries(), 1u);
+    EXPECT_TRUE(Holds(copy, 0, 4, 1));
+    EXPECT_TRUE(Holds(store, 1, 4, 2));
+}
+
+TEST(MemoryDataStore, OwnerDataThatNoLongerFitsMakesTheFileUnreadable) {
+    ScratchDirectory directory;
+    TextOwner owner("short");
+    {
+        MemoryDataStore store(&owner, 4, 4, 4);
+        store.Create(directory / "s", Uuid());
+        owner.text = "much longer now";
+        EXPECT_EQ(store.Close(), Status::Success);
+    }
+    MemoryDataStore store(&owner, 4, 4, 4);
+    EXPECT_EQ(store.Open(directory / "s", nullptr), Status::Invalid);
+}
+
+TEST(MemoryDataStore, ConstructionMeasuresAndRefusesWhatCannotFit) {
+    TextOwner failing;
+    failing.failSave = true;
+    EXPECT_THROW(MemoryDataStore(&failing, 4, 4, 4), DatabaseException);
+    EXPECT_THROW(MemoryDataStore(nullptr, 0xFFFFFFF9u, 1, 0), DatabaseException);
+    EXPECT_THROW(MemoryDataStore(nullptr, 1024, 8 * 1024 * 1024, 0), DatabaseException);
+    MemoryDataStore store(nullptr, 4, 1, 1);
+    store.Create();
+    EXPECT_THROW(store.Create(), StatusCodeException);
+    EXPECT_TRUE(store.IsOpen());
+}
+
+}  // namespace
+}  // namespace Tavrin::Database
