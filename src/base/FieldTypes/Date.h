@@ -50,6 +50,9 @@ public:
     StatusCode FromString(MessageValidator& text) override;
     std::string GetFromStringFormat() const override { return "YYYY-MM-DD"; }
     StatusCode SerializeBody(void* buffer, std::uint32_t size, std::uint32_t& written) const override;
+    StatusCode SerializeLengthAndBody(MessageBuilder& builder, std::uint32_t) const override {
+        return AppendBody(builder);
+    }
     StatusCode DeserializeBody(const void* data, std::uint32_t length) override;
     StatusCode DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t options) override;
     std::uint32_t GetLengthAndBodySize() const override { return GetBodySize(); }

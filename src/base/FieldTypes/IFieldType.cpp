@@ -59,6 +59,13 @@ StatusCode IFieldType::SerializeLengthAndBody(MessageBuilder& builder, std::uint
     });
 }
 
+StatusCode IFieldType::AppendBody(MessageBuilder& builder) const {
+    if (!defined) return Status::NotUsable;
+    return WithBody(*this, [&](const unsigned char* body, std::uint32_t length) {
+        return builder.AppendBytes(body, length);
+    });
+}
+
 StatusCode IFieldType::Deserialize(MessageValidator& validator, std::uint32_t options) {
     std::uint8_t isDefined = 0;
     const StatusCode status = validator.ReadUInt8(isDefined);

@@ -112,6 +112,8 @@ protected:
     // and orders it against `data` with the class's body compare function.
     StatusCode CompareSmallBody(const void* data, std::uint32_t length, int& result,
                                 BodyCompareFunction compare) const;
+    // Appends the body alone: the length-and-body form of classes whose body tells its own length.
+    StatusCode AppendBody(MessageBuilder& builder) const;
     // For classes whose body tells its own length: `bodyLength` is that length as read from the
     // leading bytes (0 if they cannot tell), and the body is taken from the message.
     StatusCode DeserializeSelfDelimited(MessageValidator& validator, std::uint32_t bodyLength);

@@ -63,6 +63,9 @@ public:
     StatusCode FromString(MessageValidator& text) override;
     std::string GetFromStringFormat() const override { return "HH:MM:SS[.mmm]"; }
     StatusCode SerializeBody(void* buffer, std::uint32_t size, std::uint32_t& written) const override;
+    StatusCode SerializeLengthAndBody(MessageBuilder& builder, std::uint32_t) const override {
+        return AppendBody(builder);
+    }
     StatusCode DeserializeBody(const void* data, std::uint32_t length) override;
     StatusCode DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t options) override;
     std::uint32_t GetLengthAndBodySize() const override { return GetBodySize(); }

@@ -37,7 +37,7 @@ inline int Order(BodyCompareFunction compare, const Bytes& a, const Bytes& b) {
 }
 
 // Checks that a body and a text survive a trip through a fresh object of the same class, and that
-// the fresh object orders equal to the original.
+// the fresh object orders equal to the original (by `compare`, if the class has one).
 template <class T>
 void ExpectRoundTrips(const T& value, BodyCompareFunction compare) {
     const Bytes body = BodyOf(value);
@@ -48,7 +48,9 @@ void ExpectRoundTrips(const T& value, BodyCompareFunction compare) {
     T fromText;
     ASSERT_EQ(ReadText(fromText, value.ToString()), Status::Success) << value.ToString();
     EXPECT_EQ(BodyOf(fromText), body) << value.ToString();
-    EXPECT_EQ(Order(compare, body, BodyOf(fromText)), 0);
+    if (compare != nullptr) {
+        EXPECT_EQ(Order(compare, body, BodyOf(fromText)), 0);
+    }
 }
 
 }  // namespace Tavrin::Testing
