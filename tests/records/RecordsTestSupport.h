@@ -18,7 +18,7 @@
 
 namespace Tavrin::Database::Testing {
 
-// Runs `action` and checks that it throws a DatabaseException with this code, function and message.
+// Checks that `action` throws a DatabaseException with this code, function and message.
 inline void ExpectDatabaseException(const std::function<void()>& action, std::uint32_t code,
                                     const std::string& function, const std::string& message) {
     try {
