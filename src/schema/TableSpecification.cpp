@@ -87,12 +87,13 @@ StatusCode TableSpecification::DeserializeMembers(MessageValidator& validator) {
     StatusCode status = validator.ValidateString(&name_, nullptr, nullptr);
     if (status == Status::Success) status = validator.ReadBool32(managed_);
     if (status == Status::Success) status = validator.ReadUInt32(properties_);
-    std::uint32_t count = 0;
-    if (status == Status::Success) status = validator.ReadUInt32(count);
     if (status != Status::Success) return status;
 
-    // The count comes from the message: grow the list as fields arrive rather than trusting it.
     fields_.clear();
+    std::uint32_t count = 0;
+    status = validator.ReadUInt32(count);
+    if (status != Status::Success) return status;
+    // The count comes from the message: grow the list as fields arrive rather than trusting it.
     for (std::uint32_t i = 0; i < count; ++i) {
         FieldSpecification field;
         status = field.Deserialize(validator);

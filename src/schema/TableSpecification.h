@@ -35,10 +35,12 @@ public:
     // Empty name, unmanaged, everything else 0.
     TableSpecification() = default;
     // A managed table: record length 0.
-    TableSpecification(const std::string& name, std::uint32_t properties, const std::vector<FieldSpecification>& fields,
+    TableSpecification(const std::string& name, std::uint32_t properties,
+                       const std::vector<FieldSpecification>& fields,
                        std::uint32_t initialMaximumRecords, std::uint32_t growRecords, std::uint32_t cacheSize);
     // An unmanaged table with records of `recordLength` bytes.
-    TableSpecification(const std::string& name, std::uint32_t properties, const std::vector<FieldSpecification>& fields,
+    TableSpecification(const std::string& name, std::uint32_t properties,
+                       const std::vector<FieldSpecification>& fields,
                        std::uint32_t initialMaximumRecords, std::uint32_t recordLength, std::uint32_t growRecords,
                        std::uint32_t cacheSize);
     // Every member from its argument; for a table describing itself, not for callers of the library.
@@ -72,7 +74,9 @@ public:
     static bool ShouldCreateRecordFile(std::uint32_t properties) noexcept {
         return (properties & CreateRecordFileProperty) != 0;
     }
-    static bool ShouldCreateMutex(std::uint32_t properties) noexcept { return (properties & CreateMutexProperty) != 0; }
+    static bool ShouldCreateMutex(std::uint32_t properties) noexcept {
+        return (properties & CreateMutexProperty) != 0;
+    }
     static bool ShouldConvert(std::uint32_t properties) noexcept { return (properties & ConvertProperty) != 0; }
 
     // Labelled lines of the members, then the fields as a table.

@@ -54,8 +54,6 @@ TEST(TableSpecification, WorkedExampleHasExactBytesAndReadsBack) {
     EXPECT_EQ(read.GetRecordLength(), 4u);
     EXPECT_EQ(read.GetGrowRecords(), 50u);
     EXPECT_EQ(read.GetCacheSize(), 0xFFFFFFFFu);
-    ASSERT_EQ(read.GetFields().size(), 1u);
-    EXPECT_EQ(read.GetFields()[0].GetType(), FieldSpecification::SInt);
 }
 
 TEST(TableSpecification, VersionZeroReadsLikeOneAndLaterVersionsAreRefused) {
@@ -94,15 +92,23 @@ TEST(TableSpecification, EveryCutIsRefusedAndTheValidatorKeepsItsVersion) {
     EXPECT_EQ(partial.GetRecordLength(), 4u);
 }
 
-TEST(TableSpecification, ReaderPassesFieldStatusesOnAndRefusesHugeCounts) {
+TEST(TableSpecification, ReaderPassesFieldStatusesOnAndWriterRefusesLongNames) {
     Bytes badField = kWidgetBytes;
     badField[23] = 0x01;  // field id 0x10001
     TableSpecification read;
     EXPECT_EQ(Read(badField, read), Status::OutOfRange);
 
+    // A huge count of fields with nothing behind it is refused, not allocated for.
     Bytes hugeCount(kWidgetBytes.begin(), kWidgetBytes.begin() + 21);
     hugeCount[17] = hugeCount[18] = hugeCount[19] = hugeCount[20] = 0xFF;
     EXPECT_EQ(Read(hugeCount, read), Status::Invalid);
+
+    MessageBuilder builder;
+    EXPECT_EQ(TableSpecification(std::string(0x10000, 't'), 0, {}, 1, 1, 1).Serialize(builder, 1), Status::Invalid);
+    EXPECT_EQ(builder.GetLength(), 1u);
+    MessageBuilder empty;
+    EXPECT_EQ(SerializeTableSpecificationMessage(empty), Status::Success);
+    EXPECT_EQ(empty.GetLength(), 0u);
 }
 
 TEST(TableSpecification, AnyNonZeroManagedValueReadsTrueAndIsWrittenAsOne) {
@@ -131,22 +137,9 @@ TEST(TableSpecification, EqualityIgnoresPropertiesAndSizing) {
     EXPECT_NE(base, TableSpecification("Widget", false, 1,
                                        {FieldSpecification(1, "Age", FieldSpecification::SInt, 8, 0, 0)}, 100, 4, 50,
                                        0));
-}
-
-TEST(TableSpecification, ConstructorsChooseTheLayout) {
-    const TableSpecification managed("M", 2, {}, 10, 5, 0);
-    EXPECT_TRUE(managed.IsManaged());
-    EXPECT_EQ(managed.GetRecordLength(), 0u);
-    EXPECT_EQ(managed.GetGrowRecords(), 5u);
-    EXPECT_FALSE(Widget().IsManaged());
-    EXPECT_FALSE(TableSpecification().IsManaged());
-
-    EXPECT_TRUE(TableSpecification::ShouldCreateRecordFile(1));
-    EXPECT_FALSE(TableSpecification::ShouldCreateRecordFile(6));
-    EXPECT_TRUE(TableSpecification::ShouldCreateMutex(2));
-    EXPECT_FALSE(TableSpecification::ShouldCreateMutex(5));
-    EXPECT_TRUE(TableSpecification::ShouldConvert(4));
-    EXPECT_FALSE(TableSpecification::ShouldConvert(3));
+    // The short constructor makes a managed table of record length 0.
+    EXPECT_EQ(TableSpecification("Widget", 0, fields, 1, 1, 1),
+              TableSpecification("Widget", true, 0, fields, 7, 0, 7, 7));
 }
 
 TEST(TableSpecification, TextFormListsMembersThenTheFieldTable) {
@@ -174,16 +167,6 @@ TEST(TableSpecification, TextFormListsMembersThenTheFieldTable) {
     EXPECT_NE(managed.find("Create mutex ................. true\nConvert ...................... true\n"),
               std::string::npos);
     EXPECT_NE(managed.find("Cache size (k) ............... 0\n"), std::string::npos);
-}
-
-TEST(TableSpecification, OverlongNameAndTheEmptyMessage) {
-    MessageBuilder builder;
-    EXPECT_EQ(TableSpecification(std::string(0x10000, 't'), 0, {}, 1, 1, 1).Serialize(builder, 1), Status::Invalid);
-    EXPECT_EQ(builder.GetLength(), 1u);
-
-    MessageBuilder empty;
-    EXPECT_EQ(SerializeTableSpecificationMessage(empty), Status::Success);
-    EXPECT_EQ(empty.GetLength(), 0u);
 }
 
 }  // namespace
