@@ -118,7 +118,8 @@ TEST(StoreFile, ForeignOrMismatchedFilesGiveTheirStatus) {
     EXPECT_EQ(store.Open(path, nullptr), Status::DescriptionDiffers);
     EXPECT_FALSE(store.IsOpen());
     EXPECT_EQ(store.Open(path, nullptr), Status::DescriptionDiffers);  // the failed open left the file clean
-    EXPECT_EQ(store.Open(path, new Uuid()), Status::Invalid);
+    const Uuid stranger;
+    EXPECT_EQ(store.Open(path, &stranger), Status::Invalid);
 }
 
 TEST(StoreFile, EveryTruncationAndByteDamageIsRefusedOrHarmless) {
