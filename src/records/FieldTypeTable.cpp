@@ -1,7 +1,6 @@
 #include "records/FieldTypeTable.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "base/Encoding.h"
 #include "records/FieldValidators.h"
