@@ -52,8 +52,7 @@ std::string BinaryString::ToString() const {
 }
 
 std::string BinaryString::ToString(bool printable) const {
-    if (!defined) return std::string();
-    return printable ? TextForms::ToPrintable(GetData(), length_) : TextForms::ToHex(GetData(), length_);
+    return defined ? TextForms::BytesToText(GetData(), length_, printable) : std::string();
 }
 
 StatusCode BinaryString::FromString(MessageValidator& text) {
@@ -83,11 +82,8 @@ StatusCode BinaryString::DeserializeBody(const void* data, std::uint32_t length)
 
 StatusCode BinaryString::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
     std::uint8_t length = 0;
-    StatusCode status = validator.ReadUInt8(length);
-    if (status != Status::Success) return status;
-    const void* body = nullptr;
-    status = validator.ValidateBytes(length, body);
-    return status != Status::Success ? status : DeserializeBody(body, length);
+    const StatusCode status = validator.ReadUInt8(length);
+    return status != Status::Success ? status : ReadBody(validator, length);
 }
 
 StatusCode BinaryString::IsDifferent(const void* data, std::uint32_t length, bool& different) const {

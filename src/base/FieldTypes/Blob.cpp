@@ -52,15 +52,13 @@ bool Blob::Decode(const void* body, std::uint32_t length, const unsigned char*& 
 
 StatusCode Blob::CompareBodies(DecodeFunction decode, const void* a, std::uint32_t lengthA, const void* b,
                                std::uint32_t lengthB, int& result) {
-    const unsigned char* dataA = nullptr;
-    const unsigned char* dataB = nullptr;
-    std::uint32_t dataLengthA = 0;
-    std::uint32_t dataLengthB = 0;
-    const bool validA = decode(a, lengthA, dataA, dataLengthA);
-    const bool validB = decode(b, lengthB, dataB, dataLengthB);
-    if (!validA || !validB) return BodyOrder::CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
-    result = BodyOrder::CompareBytes(dataA, dataLengthA, dataB, dataLengthB);
-    return Status::Success;
+    using Data = std::pair<const unsigned char*, std::uint32_t>;
+    return BodyOrder::CompareDecoded<Data>(
+        a, lengthA, b, lengthB, result,
+        [decode](const void* body, std::uint32_t length, Data& data) { return decode(body, length, data.first, data.second); },
+        [](const Data& dataA, const Data& dataB) {
+            return BodyOrder::CompareBytes(dataA.first, dataA.second, dataB.first, dataB.second);
+        });
 }
 
 StatusCode Blob::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
@@ -85,8 +83,7 @@ std::string Blob::ToString() const {
 }
 
 std::string Blob::ToString(bool printable) const {
-    if (!defined) return std::string();
-    return printable ? TextForms::ToPrintable(GetData(), length_) : TextForms::ToHex(GetData(), length_);
+    return defined ? TextForms::BytesToText(GetData(), length_, printable) : std::string();
 }
 
 StatusCode Blob::FromString(MessageValidator& text) {

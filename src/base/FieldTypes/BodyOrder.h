@@ -42,6 +42,21 @@ inline StatusCode CompareUndecodable(bool validA, const void* a, std::uint32_t l
     return Status::Invalid;
 }
 
+// The frame of every body compare function: decodes both bodies with `decode(body, length, value)`
+// and orders the values with `order(valueA, valueB)`, or, if either does not decode, orders them by
+// CompareUndecodable.
+template <class Value, class Decode, class OrderValues>
+StatusCode CompareDecoded(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB, int& result,
+                          Decode decode, OrderValues order) {
+    Value valueA{};
+    Value valueB{};
+    const bool validA = decode(a, lengthA, valueA);
+    const bool validB = decode(b, lengthB, valueB);
+    if (!validA || !validB) return CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
+    result = order(valueA, valueB);
+    return Status::Success;
+}
+
 // Orders a value that a fixed-size field holds padded with zero bytes to `length` (cut if longer)
 // against that field's bytes, as the byte rule orders the padded form.
 inline int ComparePadded(const void* value, std::uint32_t valueLength, const void* data,

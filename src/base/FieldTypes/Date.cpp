@@ -52,13 +52,8 @@ bool Date::Decode(const void* data, std::uint32_t length, std::uint32_t& dayNumb
 
 StatusCode Date::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                          int& result) {
-    std::uint32_t dayA = 0;
-    std::uint32_t dayB = 0;
-    const bool validA = Decode(a, lengthA, dayA);
-    const bool validB = Decode(b, lengthB, dayB);
-    if (!validA || !validB) return BodyOrder::CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
-    result = BodyOrder::CompareValues(dayA, dayB);
-    return Status::Success;
+    return BodyOrder::CompareDecoded<std::uint32_t>(a, lengthA, b, lengthB, result, &Date::Decode,
+                                                    &BodyOrder::CompareValues<std::uint32_t>);
 }
 
 StatusCode Date::Compare(const void* data, std::uint32_t length, int& result) const {
@@ -114,7 +109,7 @@ StatusCode Date::DeserializeBody(const void* data, std::uint32_t length) {
 }
 
 StatusCode Date::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
-    return DeserializeSelfDelimited(validator, BodySize);
+    return ReadBody(validator, BodySize);
 }
 
 StatusCode Date::ConvertFrom(const IFieldType& other) {

@@ -7,12 +7,18 @@ namespace Tavrin {
 
 namespace {
 
-// Decodes both parts of a body; false if either does not decode.
-bool Decode(const void* data, std::uint32_t length, std::uint32_t& dayNumber, std::uint32_t& sinceMidnight) {
+// Decodes a body into milliseconds since 0001-01-01 00:00:00; false if either part does not decode.
+bool Decode(const void* data, std::uint32_t length, std::uint64_t& instant) noexcept {
     if (length <= DateTime::TimeOffset) return false;
     const auto* bytes = static_cast<const unsigned char*>(data);
-    return Date::Decode(bytes, Date::BodySize, dayNumber) &&
-           Time::Decode(bytes + DateTime::TimeOffset, length - DateTime::TimeOffset, sinceMidnight);
+    std::uint32_t dayNumber = 0;
+    std::uint32_t sinceMidnight = 0;
+    if (!Date::Decode(bytes, Date::BodySize, dayNumber) ||
+        !Time::Decode(bytes + DateTime::TimeOffset, length - DateTime::TimeOffset, sinceMidnight)) {
+        return false;
+    }
+    instant = std::uint64_t{dayNumber} * Time::MillisecondsPerDay + sinceMidnight;
+    return true;
 }
 
 // 1970-01-01 as a Date day number.
@@ -66,12 +72,8 @@ std::uint32_t DateTime::GetLengthAndBodySize() const {
 
 StatusCode DateTime::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                              int& result) {
-    std::uint32_t dayA = 0, timeA = 0, dayB = 0, timeB = 0;
-    const bool validA = Decode(a, lengthA, dayA, timeA);
-    const bool validB = Decode(b, lengthB, dayB, timeB);
-    if (!validA || !validB) return BodyOrder::CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
-    result = dayA != dayB ? BodyOrder::CompareValues(dayA, dayB) : BodyOrder::CompareValues(timeA, timeB);
-    return Status::Success;
+    return BodyOrder::CompareDecoded<std::uint64_t>(a, lengthA, b, lengthB, result, &Decode,
+                                                    &BodyOrder::CompareValues<std::uint64_t>);
 }
 
 StatusCode DateTime::Compare(const void* data, std::uint32_t length, int& result) const {
@@ -121,7 +123,7 @@ StatusCode DateTime::DeserializeBody(const void* data, std::uint32_t length) {
 StatusCode DateTime::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
     if (validator.GetRemaining() <= TimeOffset) return Status::Invalid;
     const std::uint8_t timeMarker = validator.GetData()[validator.GetOffset() + TimeOffset];
-    return DeserializeSelfDelimited(validator, TimeOffset + Time::BodyLength(timeMarker));
+    return ReadBody(validator, TimeOffset + Time::BodyLength(timeMarker));
 }
 
 StatusCode DateTime::ConvertFrom(const IFieldType& other) {

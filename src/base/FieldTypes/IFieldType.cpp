@@ -80,11 +80,8 @@ StatusCode IFieldType::Deserialize(MessageValidator& validator, std::uint32_t op
 
 StatusCode IFieldType::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
     std::uint32_t length = 0;
-    StatusCode status = validator.ReadUInt32(length);
-    if (status != Status::Success) return status;
-    const void* body = nullptr;
-    status = validator.ValidateBytes(length, body);
-    return status != Status::Success ? status : DeserializeBody(body, length);
+    const StatusCode status = validator.ReadUInt32(length);
+    return status != Status::Success ? status : ReadBody(validator, length);
 }
 
 std::uint32_t IFieldType::GetLengthAndBodySize() const {
@@ -109,8 +106,7 @@ StatusCode IFieldType::CompareSmallBody(const void* data, std::uint32_t length, 
     return compare(body, written, data, length, result);
 }
 
-StatusCode IFieldType::DeserializeSelfDelimited(MessageValidator& validator, std::uint32_t bodyLength) {
-    if (bodyLength == 0) return Status::Invalid;
+StatusCode IFieldType::ReadBody(MessageValidator& validator, std::uint32_t bodyLength) {
     const void* body = nullptr;
     const StatusCode status = validator.ValidateBytes(bodyLength, body);
     return status != Status::Success ? status : DeserializeBody(body, bodyLength);

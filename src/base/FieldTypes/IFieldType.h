@@ -114,9 +114,9 @@ protected:
                                 BodyCompareFunction compare) const;
     // Appends the body alone: the length-and-body form of classes whose body tells its own length.
     StatusCode AppendBody(MessageBuilder& builder) const;
-    // For classes whose body tells its own length: `bodyLength` is that length as read from the
-    // leading bytes (0 if they cannot tell), and the body is taken from the message.
-    StatusCode DeserializeSelfDelimited(MessageValidator& validator, std::uint32_t bodyLength);
+    // Takes the next `bodyLength` bytes of the message as a body (DeserializeBody); 23 if the message
+    // is shorter.
+    StatusCode ReadBody(MessageValidator& validator, std::uint32_t bodyLength);
 };
 
 }  // namespace Tavrin

@@ -93,25 +93,23 @@ std::int64_t Rational::GetNumerator() const {
     return numerator_;
 }
 
-int Rational::CompareWorth(std::int64_t numeratorA, std::uint32_t denominatorA, std::int64_t numeratorB,
-                           std::uint32_t denominatorB) noexcept {
-    const int rankA = InfinityRank(denominatorA);
-    const int rankB = InfinityRank(denominatorB);
+int Rational::CompareWorth(const Worth& a, const Worth& b) noexcept {
+    const int rankA = InfinityRank(a.denominator);
+    const int rankB = InfinityRank(b.denominator);
     if (rankA != 0 || rankB != 0) return BodyOrder::CompareValues(rankA, rankB);
     // |numerator| < 2^63 and denominators <= 10^18 < 2^60: the products fit 128 bits.
-    const __int128 left = static_cast<__int128>(numeratorA) * DenominatorValue(denominatorB);
-    const __int128 right = static_cast<__int128>(numeratorB) * DenominatorValue(denominatorA);
+    const __int128 left = static_cast<__int128>(a.numerator) * DenominatorValue(b.denominator);
+    const __int128 right = static_cast<__int128>(b.numerator) * DenominatorValue(a.denominator);
     return BodyOrder::CompareValues(left, right);
 }
 
 StatusCode Rational::Compare(const Rational& other, int& result) const {
     if (!defined || !other.defined) return Status::NotUsable;
-    result = CompareWorth(numerator_, denominator_, other.numerator_, other.denominator_);
+    result = CompareWorth({numerator_, denominator_}, {other.numerator_, other.denominator_});
     return Status::Success;
 }
 
-bool Rational::Decode(const void* data, std::uint32_t length, std::int64_t& numerator,
-                      std::uint32_t& denominator) noexcept {
+bool Rational::Decode(const void* data, std::uint32_t length, Worth& worth) noexcept {
     if (length == 0) return false;
     const auto* bytes = static_cast<const unsigned char*>(data);
     const std::uint32_t code = bytes[0] & CodeMask;
@@ -123,8 +121,8 @@ bool Rational::Decode(const void* data, std::uint32_t length, std::int64_t& nume
         (code >= NegativeInfinity && magnitude != 0)) {
         return false;
     }
-    numerator = negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
-    denominator = code;
+    worth.numerator = negative ? -static_cast<std::int64_t>(magnitude) : static_cast<std::int64_t>(magnitude);
+    worth.denominator = code;
     return true;
 }
 
@@ -139,13 +137,7 @@ std::uint32_t Rational::Encode(std::int64_t numerator, std::uint32_t denominator
 
 StatusCode Rational::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                              int& result) {
-    std::int64_t numeratorA = 0, numeratorB = 0;
-    std::uint32_t denominatorA = 0, denominatorB = 0;
-    const bool validA = Decode(a, lengthA, numeratorA, denominatorA);
-    const bool validB = Decode(b, lengthB, numeratorB, denominatorB);
-    if (!validA || !validB) return BodyOrder::CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
-    result = CompareWorth(numeratorA, denominatorA, numeratorB, denominatorB);
-    return Status::Success;
+    return BodyOrder::CompareDecoded<Worth>(a, lengthA, b, lengthB, result, &Decode, &CompareWorth);
 }
 
 StatusCode Rational::Compare(const void* data, std::uint32_t length, int& result) const {
@@ -164,15 +156,14 @@ StatusCode Rational::SerializeBody(void* buffer, std::uint32_t size, std::uint32
 }
 
 StatusCode Rational::DeserializeBody(const void* data, std::uint32_t length) {
-    std::int64_t numerator = 0;
-    std::uint32_t denominator = 0;
-    if (!Decode(data, length, numerator, denominator)) return Status::Invalid;
-    return Set(numerator, denominator);
+    Worth worth{};
+    if (!Decode(data, length, worth)) return Status::Invalid;
+    return Set(worth.numerator, worth.denominator);
 }
 
 StatusCode Rational::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
     if (validator.GetRemaining() == 0) return Status::Invalid;
-    return DeserializeSelfDelimited(validator, BodyLength(validator.GetData()[validator.GetOffset()]));
+    return ReadBody(validator, BodyLength(validator.GetData()[validator.GetOffset()]));
 }
 
 std::string Rational::Format(std::int64_t numerator, std::uint32_t denominator) {

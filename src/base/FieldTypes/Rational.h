@@ -62,12 +62,15 @@ public:
     // Orders two Rational bodies by worth.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
+    // A value as a body holds it.
+    struct Worth {
+        std::int64_t numerator;
+        std::uint32_t denominator;
+    };
     // Decodes a body; false if it is not one.
-    static bool Decode(const void* data, std::uint32_t length, std::int64_t& numerator,
-                       std::uint32_t& denominator) noexcept;
-    // Orders two decoded values by worth.
-    static int CompareWorth(std::int64_t numeratorA, std::uint32_t denominatorA, std::int64_t numeratorB,
-                            std::uint32_t denominatorB) noexcept;
+    static bool Decode(const void* data, std::uint32_t length, Worth& worth) noexcept;
+    // Orders two values by worth.
+    static int CompareWorth(const Worth& a, const Worth& b) noexcept;
     // The body length that a body's first byte announces.
     static std::uint32_t BodyLength(std::uint8_t firstByte) noexcept { return 1 + (1u << (firstByte >> 6)); }
     // Writes a body for a valid value; returns its length (REQUIRES: size >= MaxBodySize or enough).

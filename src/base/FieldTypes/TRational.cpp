@@ -68,23 +68,20 @@ void TRational::Clear() {
     defined = false;
 }
 
-bool TRational::Decode(const void* data, std::uint32_t length, std::int64_t& numerator,
-                       std::uint32_t& denominator, std::uint8_t& trendByte) noexcept {
+bool TRational::Decode(const void* data, std::uint32_t length, Rational::Worth& worth, std::uint8_t& trendByte) noexcept {
     if (length < 2) return false;
     trendByte = static_cast<const unsigned char*>(data)[length - 1];
-    return (trendByte & UnusedTrendBits) == 0 && Rational::Decode(data, length - 1, numerator, denominator);
+    return (trendByte & UnusedTrendBits) == 0 && Rational::Decode(data, length - 1, worth);
 }
 
 StatusCode TRational::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result) {
-    std::int64_t numeratorA = 0, numeratorB = 0;
-    std::uint32_t denominatorA = 0, denominatorB = 0;
-    std::uint8_t trendA = 0, trendB = 0;
-    const bool validA = Decode(a, lengthA, numeratorA, denominatorA, trendA);
-    const bool validB = Decode(b, lengthB, numeratorB, denominatorB, trendB);
-    if (!validA || !validB) return BodyOrder::CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
-    result = Rational::CompareWorth(numeratorA, denominatorA, numeratorB, denominatorB);
-    return Status::Success;
+    // The trend byte is checked but takes no part in the order.
+    const auto decode = [](const void* data, std::uint32_t length, Rational::Worth& worth) {
+        std::uint8_t trendByte = 0;
+        return Decode(data, length, worth, trendByte);
+    };
+    return BodyOrder::CompareDecoded<Rational::Worth>(a, lengthA, b, lengthB, result, decode, &Rational::CompareWorth);
 }
 
 StatusCode TRational::Compare(const void* data, std::uint32_t length, int& result) const {
@@ -127,17 +124,16 @@ StatusCode TRational::SerializeBody(void* buffer, std::uint32_t size, std::uint3
 }
 
 StatusCode TRational::DeserializeBody(const void* data, std::uint32_t length) {
-    std::int64_t numerator = 0;
-    std::uint32_t denominator = 0;
+    Rational::Worth worth{};
     std::uint8_t trendByte = 0;
-    if (!Decode(data, length, numerator, denominator, trendByte)) return Status::Invalid;
+    if (!Decode(data, length, worth, trendByte)) return Status::Invalid;
     SetTrendByte(trendByte);
-    return Set(numerator, denominator);
+    return Set(worth.numerator, worth.denominator);
 }
 
 StatusCode TRational::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
     if (validator.GetRemaining() == 0) return Status::Invalid;
-    return DeserializeSelfDelimited(validator, Rational::BodyLength(validator.GetData()[validator.GetOffset()]) + 1);
+    return ReadBody(validator, Rational::BodyLength(validator.GetData()[validator.GetOffset()]) + 1);
 }
 
 StatusCode TRational::ConvertFrom(const IFieldType& other) {

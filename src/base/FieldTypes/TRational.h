@@ -52,8 +52,7 @@ public:
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
     // Decodes a body; false if it is not one.
-    static bool Decode(const void* data, std::uint32_t length, std::int64_t& numerator,
-                       std::uint32_t& denominator, std::uint8_t& trendByte) noexcept;
+    static bool Decode(const void* data, std::uint32_t length, Rational::Worth& worth, std::uint8_t& trendByte) noexcept;
 
     void Reset() override;
     void Clear() override;

@@ -90,6 +90,10 @@ std::string ToPrintable(const unsigned char* data, std::uint32_t length) {
     return text;
 }
 
+std::string BytesToText(const unsigned char* data, std::uint32_t length, bool printable) {
+    return printable ? ToPrintable(data, length) : ToHex(data, length);
+}
+
 bool FromHex(std::string_view text, std::string& bytes) {
     if (text.size() % 2 != 0) return false;
     std::string result(text.size() / 2, '\0');

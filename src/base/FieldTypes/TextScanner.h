@@ -41,6 +41,8 @@ namespace TextForms {
 std::string ToHex(const unsigned char* data, std::uint32_t length);
 // The bytes, with every byte below 32 or from 127 up shown as ".".
 std::string ToPrintable(const unsigned char* data, std::uint32_t length);
+// ToPrintable if `printable`, else ToHex.
+std::string BytesToText(const unsigned char* data, std::uint32_t length, bool printable);
 // Decodes hexadecimal digits (either case, two per byte) into `bytes`; false if `text` is not that.
 bool FromHex(std::string_view text, std::string& bytes);
 }  // namespace TextForms

@@ -70,13 +70,8 @@ bool Time::Decode(const void* data, std::uint32_t length, std::uint32_t& sinceMi
 
 StatusCode Time::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                          int& result) {
-    std::uint32_t timeA = 0;
-    std::uint32_t timeB = 0;
-    const bool validA = Decode(a, lengthA, timeA);
-    const bool validB = Decode(b, lengthB, timeB);
-    if (!validA || !validB) return BodyOrder::CompareUndecodable(validA, a, lengthA, validB, b, lengthB, result);
-    result = BodyOrder::CompareValues(timeA, timeB);
-    return Status::Success;
+    return BodyOrder::CompareDecoded<std::uint32_t>(a, lengthA, b, lengthB, result, &Time::Decode,
+                                                    &BodyOrder::CompareValues<std::uint32_t>);
 }
 
 StatusCode Time::Compare(const void* data, std::uint32_t length, int& result) const {
@@ -146,7 +141,7 @@ StatusCode Time::DeserializeBody(const void* data, std::uint32_t length) {
 
 StatusCode Time::DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t) {
     if (validator.GetRemaining() == 0) return Status::Invalid;
-    return DeserializeSelfDelimited(validator, BodyLength(validator.GetData()[validator.GetOffset()]));
+    return ReadBody(validator, BodyLength(validator.GetData()[validator.GetOffset()]));
 }
 
 StatusCode Time::ConvertFrom(const IFieldType& other) {
