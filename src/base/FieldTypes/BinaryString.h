@@ -57,6 +57,9 @@ protected:
     explicit BinaryString(std::uint8_t typeNumber) noexcept : IFieldType(typeNumber) {}
     StatusCode ConvertFrom(const IFieldType& other) override;
 
+    const void* ValueData() const noexcept { return GetData(); }
+    std::uint32_t ValueLength() const noexcept { return length_; }
+
 private:
     unsigned char inline_[InlineCapacity] = {};
     std::unique_ptr<unsigned char[]> heap_;

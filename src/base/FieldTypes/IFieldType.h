@@ -67,7 +67,8 @@ public:
     // first. Status 14 if this value is undefined, 23 if the body does not decode (result then 1).
     virtual StatusCode Compare(const void* data, std::uint32_t length, int& result) const = 0;
     // Takes the value of `other` where a conversion exists, else 28. Every class converts from its
-    // own class and from the text classes (by FromString of their text); each lists the others.
+    // own class and from the text classes: by FromString of their text, except the byte classes,
+    // which take the text's bytes. Each class lists its other conversions.
     // An undefined `other` makes this value undefined; a null one is 23.
     virtual StatusCode Convert(const IFieldType* other);
     // The text form; empty for an undefined value.

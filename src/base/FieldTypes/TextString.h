@@ -40,6 +40,8 @@ protected:
     StatusCode ConvertFrom(const IFieldType& other) override;
 
     std::uint32_t GetTextLength() const noexcept { return static_cast<std::uint32_t>(text_.size()); }
+    const void* ValueData() const noexcept { return text_.data(); }
+    std::uint32_t ValueLength() const noexcept { return GetTextLength(); }
 
 private:
     std::string text_;
