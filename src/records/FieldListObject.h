@@ -62,8 +62,9 @@ public:
     const unsigned char* GetData() const noexcept { return data_; }
     // Id of the record in the store; NoRecordId when there is none.
     std::uint32_t GetRecordId() const noexcept { return recordId_; }
-    // For the table's own use: remembers where the image was stored.
-    void SetRecordId(std::uint32_t recordId) noexcept { recordId_ = recordId; }
+    // For the table's own use: remembers where the image was stored. Const because a tree index
+    // keeps its cursor here also through a const Key (Key::SetCursor).
+    void SetRecordId(std::uint32_t recordId) const noexcept { recordId_ = recordId; }
     // The table bound to, null before binding. Do not call through it unless IsInitialized().
     ITable* GetTable() const noexcept { return table_; }
     // The token copied at binding; the table compares it with its own to refuse foreign objects.
@@ -92,6 +93,8 @@ protected:
     FieldListObject(const FieldListObject&) = delete;
     FieldListObject& operator=(const FieldListObject&) = delete;
 
+    // A table that can be bound to: not null, with a token (step one of every binding).
+    static bool IsBindable(const ITable* table) noexcept;
     // Makes room for `size` bytes (status 41 if the allocation fails; then nothing changes) and
     // takes the table, its current token and the list. The image is not touched.
     StatusCode Bind(ITable* table, const FieldList* fieldList, std::uint32_t size) noexcept;
@@ -113,7 +116,7 @@ private:
     std::unique_ptr<unsigned char[]> array_;
     unsigned char* data_ = inlineBuffer_;
     std::uint32_t capacity_ = InlineCapacity;
-    std::uint32_t recordId_ = NoRecordId;
+    mutable std::uint32_t recordId_ = NoRecordId;
 };
 
 }  // namespace Tavrin::Database
