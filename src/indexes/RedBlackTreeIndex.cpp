@@ -1,0 +1,132 @@
+// Construction, files and user data of a red-black tree index, and the way from an entry number to
+// its node. The walks are in RedBlackTreeWalk.cpp, the changes of shape in RedBlackTreeUpdate.cpp.
+#include "indexes/RedBlackTreeIndex.h"
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <new>
+
+#include "base/DatabaseException.h"
+#include "base/Exception.h"
+
+namespace Tavrin::Database {
+
+namespace {
+
+constexpr const char* ConstructorOperation = "Tavrin::Database::RedBlackTreeIndex::RedBlackTreeIndex";
+constexpr const char* InitializeOperation = "Tavrin::Database::RedBlackTreeIndex::Initialize";
+
+}  // namespace
+
+RedBlackTreeIndex::RedBlackTreeIndex(const IndexSpecification& specification, const FieldList& tableFieldList,
+                                     const IFieldListFactory& factory, std::uint32_t initialEntries,
+                                     std::uint32_t growEntries)
+    : Index(specification, tableFieldList, factory),
+      store_(this, GetKeySize() + Node::HeaderSize, initialEntries, growEntries) {
+    scratch_.reset(new (std::nothrow) unsigned char[GetKeySize() + Node::HeaderSize]);
+    if (scratch_ == nullptr) ThrowDatabase(ConstructorOperation, DatabaseException::AllocateIndex);
+}
+
+RedBlackTreeIndex::~RedBlackTreeIndex() { scratch_.reset(); }
+
+std::uint32_t RedBlackTreeIndex::GetCurrentRecords() {
+    const std::uint32_t entries = store_.IsOpen() ? store_.GetCurrentEntries() : 0;
+    return entries == 0 ? 0 : entries - 1;
+}
+
+void RedBlackTreeIndex::Create(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid) {
+    store_.Create(GetFileName(directory, tableName, GetName()), uuid);
+    Initialize();
+}
+
+void RedBlackTreeIndex::Create() {
+    store_.Create();
+    Initialize();
+}
+
+StatusCode RedBlackTreeIndex::Open(const std::string& directory, const std::string& tableName,
+                                   const Tavrin::Uuid& uuid) {
+    return store_.Open(GetFileName(directory, tableName, GetName()), &uuid);
+}
+
+StatusCode RedBlackTreeIndex::SaveAs(const std::string& directory, const std::string& tableName) {
+    return store_.SaveAs(GetFileName(directory, tableName, GetName()));
+}
+
+StatusCode RedBlackTreeIndex::Clear() {
+    try {
+        store_.Clear();
+        Initialize();
+    } catch (const std::exception&) {
+        return Status::Failure;
+    }
+    return Status::Success;
+}
+
+StatusCode RedBlackTreeIndex::SetUuid(const Tavrin::Uuid& uuid) { return store_.SetUuid(uuid); }
+
+void RedBlackTreeIndex::Initialize() {
+    const std::uint32_t nodeSize = GetKeySize() + Node::HeaderSize;
+    std::memset(scratch_.get(), 0, nodeSize);
+    std::uint32_t sentinel = NoEntry;
+    if (store_.Add(sentinel, scratch_.get()) != Status::Success) {
+        ThrowDatabase(InitializeOperation, DatabaseException::AllocateIndex);
+    }
+    Node(scratch_.get()).Reset(Node::NoRecord, sentinel);
+    if (store_.Update(sentinel, scratch_.get()) != Status::Success) {
+        ThrowDatabase(InitializeOperation, DatabaseException::AllocateIndex);
+    }
+    sentinel_ = sentinel;
+    root_ = sentinel;
+}
+
+StatusCode RedBlackTreeIndex::SerializeUserData(MessageBuilder& builder) {
+    StatusCode status = GetSpecification().Serialize(builder);
+    if (status == Status::Success) status = builder.AppendInt32(static_cast<std::int32_t>(root_));
+    if (status == Status::Success) status = builder.AppendInt32(static_cast<std::int32_t>(sentinel_));
+    return status;
+}
+
+StatusCode RedBlackTreeIndex::DeserializeUserData(MessageValidator& validator) {
+    IndexSpecification stored;
+    StatusCode status = stored.Deserialize(validator);
+    if (status != Status::Success) return status;
+    if (stored != GetSpecification()) return Status::Invalid;
+    std::int32_t root = 0;
+    std::int32_t sentinel = 0;
+    if (validator.ReadInt32(root) != Status::Success || validator.ReadInt32(sentinel) != Status::Success) {
+        return Status::Invalid;
+    }
+    // The store is mapped by now: both must name entries in use, or every later walk would start
+    // from nowhere.
+    unsigned char* node = nullptr;
+    if (store_.GetEntry(static_cast<std::uint32_t>(root), node) != Status::Success ||
+        store_.GetEntry(static_cast<std::uint32_t>(sentinel), node) != Status::Success) {
+        return Status::Invalid;
+    }
+    root_ = static_cast<std::uint32_t>(root);
+    sentinel_ = static_cast<std::uint32_t>(sentinel);
+    return Status::Success;
+}
+
+std::string RedBlackTreeIndex::GetFileName(const std::string& directory, const std::string& tableName,
+                                           const std::string& indexName) {
+    std::string stem = tableName + "-" + indexName;
+    std::replace(stem.begin(), stem.end(), ' ', '_');
+    std::string name = directory;
+    if (!name.empty() && name.back() != '/' && name.back() != '\\') name += '/';
+    return name + stem + ".rb.idx";
+}
+
+RedBlackTreeNode RedBlackTreeIndex::NodeAt(std::uint32_t id) {
+    unsigned char* bytes = nullptr;
+    if (store_.GetEntry(id, bytes) != Status::Success) store_.GetEntry(sentinel_, bytes);
+    return Node(bytes);
+}
+
+RedBlackTreeNode::Side RedBlackTreeIndex::SideOf(std::uint32_t id) {
+    return ChildOf(ParentOf(id), Node::Left) == id ? Node::Left : Node::Right;
+}
+
+}  // namespace Tavrin::Database
