@@ -1,7 +1,7 @@
 #pragma once
 // Ordering rules shared by the body compare functions of the value classes.
 //
-// Every class's static Compare is a strict weak order over all byte strings, also those that do not
+// Every class's static Compare is a strict total order over all byte strings, also those that do not
 // decode: an undecodable body orders before every valid one, and undecodable bodies order among
 // themselves by length, then by bytes. So a corrupt key in an index sorts first and consistently,
 // and never compares equal to a valid key. These functions allocate nothing.

@@ -137,7 +137,11 @@ std::uint32_t Rational::Encode(std::int64_t numerator, std::uint32_t denominator
 
 StatusCode Rational::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                              int& result) {
-    return BodyOrder::CompareDecoded<Worth>(a, lengthA, b, lengthB, result, &Decode, &CompareWorth);
+    const StatusCode status = BodyOrder::CompareDecoded<Worth>(a, lengthA, b, lengthB, result, &Decode, &CompareWorth);
+    // Equal worth in different forms (0.5 and 1/2): the bodies break the tie, so the order stays
+    // total and an index keeps the two forms apart, as IsFieldDifferent does.
+    if (status == Status::Success && result == 0) result = BodyOrder::CompareBytes(a, lengthA, b, lengthB);
+    return status;
 }
 
 StatusCode Rational::Compare(const void* data, std::uint32_t length, int& result) const {

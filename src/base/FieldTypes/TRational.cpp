@@ -76,12 +76,16 @@ bool TRational::Decode(const void* data, std::uint32_t length, Rational::Worth& 
 
 StatusCode TRational::Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result) {
-    // The trend byte is checked but takes no part in the order.
+    // Values order by worth; equal worths order by their bodies (form, then trend byte), so the
+    // order stays total.
     const auto decode = [](const void* data, std::uint32_t length, Rational::Worth& worth) {
         std::uint8_t trendByte = 0;
         return Decode(data, length, worth, trendByte);
     };
-    return BodyOrder::CompareDecoded<Rational::Worth>(a, lengthA, b, lengthB, result, decode, &Rational::CompareWorth);
+    const StatusCode status =
+        BodyOrder::CompareDecoded<Rational::Worth>(a, lengthA, b, lengthB, result, decode, &Rational::CompareWorth);
+    if (status == Status::Success && result == 0) result = BodyOrder::CompareBytes(a, lengthA, b, lengthB);
+    return status;
 }
 
 StatusCode TRational::Compare(const void* data, std::uint32_t length, int& result) const {
