@@ -31,9 +31,7 @@ struct FieldTypeInfo {
     // FieldSpecification::NoBaseType where there is no value class.
     unsigned char baseType;
     FieldValidateFunction validate;
-    // Null where the type's order is given by a base library value class not wired in yet.
     FieldCompareFunction compare;
-    // Null until text forms are wired in.
     FieldTextFunction text;
 };
 
@@ -44,6 +42,12 @@ extern const std::array<FieldTypeInfo, FieldSpecification::TypeCount> FieldTypeT
 inline const FieldTypeInfo& GetFieldTypeInfo(FieldSpecification::Type type) noexcept {
     assert(type < FieldSpecification::TypeCount);
     return FieldTypeTable[type];
+}
+
+// Whether a value object of base type number `baseType` belongs in a field of `type`.
+inline bool IsFieldTypeOf(FieldSpecification::Type type, std::uint8_t baseType) noexcept {
+    return type < FieldSpecification::TypeCount && baseType != FieldSpecification::NoBaseType &&
+           FieldTypeTable[type].baseType == baseType;
 }
 
 // Unsigned bytes over the shorter length, then the shorter value first.

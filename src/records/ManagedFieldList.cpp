@@ -4,6 +4,7 @@
 
 #include "base/DatabaseException.h"
 #include "base/Encoding.h"
+#include "base/FieldTypes/IFieldType.h"
 
 namespace Tavrin::Database {
 
@@ -136,6 +137,32 @@ StatusCode ManagedFieldList::CopyFieldByNumber(std::uint32_t number, unsigned ch
     const StatusCode status = StoreValueFrom(GetEntry(number), data, sourceNumber, source, sourceData);
     if (status == Status::Success) SetFieldDefined(number, data);
     return status;
+}
+
+StatusCode ManagedFieldList::CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
+                                          int& result) const {
+    std::uint32_t number = 0;
+    const FieldEntry* entry = FindEntry(id, number);
+    if (entry == nullptr) return Status::NotFound;
+    if (value.empty()) return Status::LengthMismatch;
+    if (!IsFieldDefined(number, data)) {
+        result = -1;
+        return Status::Success;
+    }
+    return CompareStoredString(*entry, data, value, result);
+}
+
+StatusCode ManagedFieldList::CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
+                                          int& result) const {
+    std::uint32_t number = 0;
+    const FieldEntry* entry = FindEntry(id, number);
+    if (entry == nullptr) return Status::NotFound;
+    const bool defined = IsFieldDefined(number, data);
+    if (!value.defined || !defined) {
+        result = !value.defined ? (defined ? 1 : 0) : -1;
+        return Status::Success;
+    }
+    return CompareStoredValue(*entry, data, value, result);
 }
 
 void ManagedFieldList::SetFieldDefined(std::uint32_t number, unsigned char* data) const {

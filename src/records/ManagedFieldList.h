@@ -35,6 +35,7 @@ public:
     // id <id> at field <name>"), a field its validator refuses, or a layout that would pass 4 GB.
     explicit ManagedFieldList(const std::vector<FieldSpecification>& specifications);
 
+    using FieldList::CompareField;
     using FieldList::SetField;
 
     // Wire form: the B bitmap bytes, then for each defined field in field order its prefix and its
@@ -52,6 +53,13 @@ public:
     // An undefined source field makes this field undefined.
     StatusCode CopyFieldByNumber(std::uint32_t number, unsigned char* data, std::uint32_t sourceNumber,
                                  const FieldList& source, const unsigned char* sourceData) const override;
+    // Status 6; 22 for an empty string; an undefined field orders first (-1).
+    StatusCode CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
+                            int& result) const override;
+    // Status 6; an undefined value orders first (1 against a defined field, 0 against an undefined
+    // one), then an undefined field (-1).
+    StatusCode CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
+                            int& result) const override;
     void SetFieldDefined(std::uint32_t number, unsigned char* data) const override;
     StatusCode SetFieldLength(unsigned char* data, std::uint16_t id, std::uint32_t length) const override;
     void ClearFieldDefined(std::uint32_t number, unsigned char* data) const override;

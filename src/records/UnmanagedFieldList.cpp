@@ -81,6 +81,20 @@ StatusCode UnmanagedFieldList::CopyFieldByNumber(std::uint32_t number, unsigned 
     return StoreValueFrom(GetEntry(number), data, sourceNumber, source, sourceData);
 }
 
+StatusCode UnmanagedFieldList::CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
+                                            int& result) const {
+    std::uint32_t number = 0;
+    const FieldEntry* entry = FindEntry(id, number);
+    return entry == nullptr ? Status::NotFound : CompareStoredString(*entry, data, value, result);
+}
+
+StatusCode UnmanagedFieldList::CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
+                                            int& result) const {
+    std::uint32_t number = 0;
+    const FieldEntry* entry = FindEntry(id, number);
+    return entry == nullptr ? Status::NotFound : CompareStoredValue(*entry, data, value, result);
+}
+
 void UnmanagedFieldList::SetFieldDefined(std::uint32_t, unsigned char*) const {}
 
 void UnmanagedFieldList::ClearFieldDefined(std::uint32_t, unsigned char*) const {}

@@ -26,6 +26,7 @@ public:
     // variable-length field ("variable length field <name> in unmanaged table"), and a field that
     // ends beyond dataLength or beyond 4 GB ("max offset greater than data length in unmanaged table").
 
+    using FieldList::CompareField;
     using FieldList::SetField;
 
     // Wire form: maxLength bytes of each field's slot in field order. Bytes that no field covers are
@@ -40,6 +41,11 @@ public:
     // Takes the source value at its current length whether or not it is defined there.
     StatusCode CopyFieldByNumber(std::uint32_t number, unsigned char* data, std::uint32_t sourceNumber,
                                  const FieldList& source, const unsigned char* sourceData) const override;
+    // Every field is defined: status 6, then the order of the stored value.
+    StatusCode CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
+                            int& result) const override;
+    StatusCode CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
+                            int& result) const override;
     // Nothing to mark: these do nothing.
     void SetFieldDefined(std::uint32_t number, unsigned char* data) const override;
     void ClearFieldDefined(std::uint32_t number, unsigned char* data) const override;
