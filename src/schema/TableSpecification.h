@@ -17,6 +17,8 @@
 
 namespace Tavrin::Database {
 
+class ITable;
+
 class TableSpecification {
 public:
     // Property bits of a table; all others are carried and stored but steer nothing.
@@ -70,6 +72,13 @@ public:
     // new values. While reading, the validator carries the message's version; its own version is
     // restored on every way out. Does not validate.
     StatusCode Deserialize(MessageValidator& validator);
+    // Writes `table`'s own description (ITable::GetSpecification) as above; 23 for a null table.
+    static StatusCode Serialize(MessageBuilder& builder, ITable* table, std::uint8_t version);
+
+    // A new table of this description, owned by the caller: managed or unmanaged by the layout flag
+    // (a managed table ignores the record length), with its files in `path`, or without files when
+    // `path` is empty. The factory's exceptions pass through; never returns null.
+    ITable* CreateTable(const std::string& path) const;
 
     static bool ShouldCreateRecordFile(std::uint32_t properties) noexcept {
         return (properties & CreateRecordFileProperty) != 0;

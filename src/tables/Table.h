@@ -1,0 +1,213 @@
+#pragma once
+// Table: the frame that ManagedTable and UnmanagedTable share. It implements ITable but for the
+// index-building operations and the layout flag, and keeps its own description in the user data
+// area of its record file (it is the store's UserDataStore).
+//
+// Owns: the mutex (property bit 1), the field list, the data store and the indexes. They are made
+// in that order by Construct and released in the reverse one: indexes, store, field list, mutex.
+// The store's last save asks the table for its description, which calls the layout flag, so a
+// derived destructor releases the indexes and the store (ReleaseStorage) while its own IsManaged
+// still answers.
+//
+// Files: a table with a directory keeps its records in `directory` + `fileName`, where the file
+// name is the table's name with each blank written '_' and ".tab" behind it. A table without a
+// directory lives in a temporary mapped file.
+//
+// Locking: the accessors, the record file operations and ResetRecord take no lock (index numbers
+// and the field list never change while indexes exist). The record operations hold the mutex for
+// the whole call, through a MutexHolder on GetMutex(); a table without bit 1 has no mutex and
+// relies on its caller.
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/IMutex.h"
+#include "records/FieldList.h"
+#include "storage/DataStore.h"
+#include "storage/UserDataStore.h"
+#include "tables/ITable.h"
+
+namespace Tavrin::Database {
+
+class Table : public ITable, public UserDataStore {
+public:
+    // A growRecords value that means half of maxRecords.
+    static constexpr std::uint32_t HalfOfMaxRecords = 0xFFFFFFFF;
+    static constexpr std::uint16_t NoIndex = 0xFFFF;
+
+    // What a factory hands to Construct. `directory` null means a table without files; `recordLength`
+    // is used by the unmanaged layout only.
+    struct Settings {
+        const std::string& name;
+        const std::string* directory;
+        std::uint32_t properties;
+        const std::vector<FieldSpecification>& fields;
+        std::uint32_t maxRecords;
+        std::uint32_t recordLength;
+        std::uint32_t growRecords;
+        std::uint32_t cacheSize;
+    };
+
+    ~Table() override;
+
+    // Record file. CreateRecordFile throws StatusCodeException 26 while indexes exist, and adds
+    // DatabaseException 9 to anything the store throws. OpenRecordFile: 26 while indexes exist, 6
+    // for a table without files, else the store's status (25 for a file that holds another table's
+    // description). CloseRecordFile: 26 while indexes exist, else the store's status.
+    void CreateRecordFile() override;
+    StatusCode OpenRecordFile() override;
+    StatusCode CloseRecordFile() override;
+    StatusCode Convert() override;
+    StatusCode SaveAs(const std::string& directory) override;
+    StatusCode CopyFiles(const std::string& source, const std::string& destination) override;
+
+    ITable* Clone(const std::string& directory, bool createMutex, bool copyRecords,
+                  std::uint32_t batchSize) override;
+    StatusCode Clear() override;
+    StatusCode CopyRecords(ITable* source, bool clearFirst, std::uint32_t batchSize) override;
+
+    StatusCode SerializeSpecification(MessageBuilder& builder) override;
+    StatusCode SerializeRecords(MessageBuilder& builder, const std::vector<unsigned char>& statuses,
+                                const std::vector<Record>& records) override;
+    StatusCode SerializeRecords(MessageBuilder& builder, const std::vector<Record>& records) override;
+    StatusCode SerializeKeys(MessageBuilder& builder, const std::vector<Key>& keys) override;
+    StatusCode DeserializeRecords(MessageValidator& validator, std::vector<unsigned char>& statuses,
+                                  std::vector<Record>& records) override;
+    StatusCode DeserializeCounts(MessageValidator& validator, std::uint32_t& first, std::uint32_t& second) override;
+    StatusCode DeserializeRecords(MessageValidator& validator, std::vector<Record>& records) override;
+    StatusCode DeserializeKeys(MessageValidator& validator, std::vector<Key>& keys) override;
+
+    // Empties the image of a record of this table and forgets its id; 30 for a record of another
+    // table (or one not bound at all).
+    StatusCode ResetRecord(Record& record) override;
+    StatusCode WriteRecord(Record& record, Record& previous) override;
+    StatusCode WriteRecord(Record& record, const std::vector<std::uint16_t>& fieldIds) override;
+    StatusCode WriteRecord(Record& record) override;
+    StatusCode RemoveRecord(Key& key, Record& removed) override;
+    StatusCode RemoveRecord(Key& key) override;
+
+    StatusCode GetEqual(std::vector<Key>& keys, std::vector<unsigned char>& statuses,
+                        std::vector<Record>& records) override;
+    StatusCode GetEqual(Key& key, Record& record) override;
+    StatusCode GetFirst(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
+    StatusCode GetFirst(Key& key, Record& record) override;
+    StatusCode GetLast(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
+    StatusCode GetLast(Key& key, Record& record) override;
+    StatusCode GetNext(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
+    StatusCode GetNext(Key& key, Record& record) override;
+    StatusCode GetPrevious(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
+    StatusCode GetPrevious(Key& key, Record& record) override;
+    StatusCode GetFirstEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId, std::uint32_t length,
+                             std::uint32_t maxRecords) override;
+    StatusCode GetFirstEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
+    StatusCode GetLastEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId, std::uint32_t length,
+                            std::uint32_t maxRecords) override;
+    StatusCode GetLastEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
+    StatusCode GetNextEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId, std::uint32_t length,
+                            std::uint32_t maxRecords) override;
+    StatusCode GetNextEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
+    StatusCode GetPreviousEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId,
+                                std::uint32_t length, std::uint32_t maxRecords) override;
+    StatusCode GetPreviousEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
+
+    StatusCode GetFirstRecord(std::uint32_t& recordId, std::vector<Record>& records,
+                              std::uint32_t maxRecords) override;
+    StatusCode GetFirstRecord(std::uint32_t& recordId, Record& record) override;
+    StatusCode GetNextRecord(std::uint32_t& recordId, std::vector<Record>& records,
+                             std::uint32_t maxRecords) override;
+    StatusCode GetNextRecord(std::uint32_t& recordId, Record& record) override;
+
+    StatusCode BuildRecord(Record& record, std::uint16_t indexNumber, const KeyValueList& values) override;
+    void CheckIntegrity() override;
+
+    // Accessors: the field operations forward to the field list, the counts to the store.
+    FieldList* GetFieldList() override { return fieldList_.get(); }
+    TableSpecification GetSpecification() override;
+    bool GetMatchingFields(const FieldSpecification& pattern, std::vector<std::uint16_t>& fieldIds) override;
+    std::vector<FieldSpecification> GetFieldSpecificationList() override;
+    StatusCode GetFieldSpecification(std::uint16_t id, FieldSpecification& specification) override;
+    void GetFirstFieldSpecification(FieldSpecification& specification) override;
+    StatusCode GetNextFieldSpecification(FieldSpecification& specification) override;
+    bool GetMatchingIndexes(const IndexSpecification& pattern,
+                            std::vector<IndexSpecification>& specifications) override;
+    std::vector<IndexSpecification> GetIndexSpecificationList() override;
+    // Status 6 for a number that is no index.
+    StatusCode GetIndexSpecification(std::uint16_t number, IndexSpecification& specification) override;
+    std::vector<std::uint16_t> GetFieldIdList() override;
+    void GetFirstFieldId(std::uint16_t& id) override;
+    // Status 23 for an id that is no field, 6 after the last field.
+    StatusCode GetNextFieldId(std::uint16_t& id) override;
+    StatusCode GetFieldType(std::uint16_t id, FieldSpecification::Type& type) override;
+    std::string GetName() override { return name_; }
+    std::string GetDirectory() override { return directory_; }
+    std::string GetFileName() override { return fileName_; }
+    StatusCode GetMaxRecords(std::uint32_t& maxRecords) override;
+    StatusCode GetCurrentRecords(std::uint32_t& currentRecords) override;
+    std::uint32_t GetRecordLength() override { return fieldList_->GetDataLength(); }
+    std::uint32_t GetNumberOfIndexes() override { return numberOfIndexes_; }
+    std::uint16_t GetPrimaryIndex() override { return primaryIndex_; }
+    // Status 26 for a number that is no index; the index stays the table's.
+    StatusCode GetIndex(std::uint16_t number, IIndex*& index) override;
+    bool IsRecordFileOpen() override;
+    bool IsInMemory() override { return fileName_.empty(); }
+    // True when `left` is initialized and `right` is not.
+    bool IsOrderedBefore(const FieldListObject& left, const FieldListObject& right) override;
+    // True when both are initialized and bound to the same table.
+    bool IsSameBinding(const FieldListObject& left, const FieldListObject& right) override;
+    bool HasField(std::uint16_t id) override;
+
+    // The store calls these: the table's description goes into the record file's user data, and a
+    // file whose stored description has another name, layout, field list or record length is
+    // refused with 25. Properties and sizing are not compared.
+    StatusCode SerializeUserData(MessageBuilder& builder) override;
+    StatusCode DeserializeUserData(MessageValidator& validator) override;
+
+protected:
+    // Builds the field list with the layout of the derived class.
+    using FieldListMaker = FieldList* (*)(const std::vector<FieldSpecification>& fields,
+                                          std::uint32_t recordLength);
+
+    // An empty frame: no name, no field list, no store. Construct fills it.
+    Table();
+
+    // Sets the members, makes the mutex (bit 1), the field list (through `makeFieldList`) and the
+    // memory store, and with bit 0 creates the record file, or opens it when the table has a
+    // directory. A record file that exists but cannot be opened (left open by a crash, damaged, or
+    // holding another description) is left as it is: StatusCodeException with the open's status.
+    // A cache size other than CacheAll asks for a disk store, which this library does not have:
+    // DatabaseException 11. Everything made so far is released by the destructor.
+    void Construct(const Settings& settings, FieldListMaker makeFieldList);
+
+    // Deletes the indexes in number order, then the store (which saves and closes its file).
+    void ReleaseStorage() noexcept;
+
+    // Null for a table made without bit 1.
+    IMutex* GetMutex() const noexcept { return mutex_.get(); }
+
+private:
+    void SetFileNames(const std::string& directory);
+    void MakeStore();
+    void CreateOrOpenRecordFile();
+    // `directory`, with '/' appended unless it is empty or ends in '/' or '\', then fileName.
+    std::string MakeRecordFilePath(const std::string& directory) const;
+
+    std::string name_;
+    std::string directory_;  // ends in '/' or '\'; empty for a table without files
+    std::string fileName_;   // empty for a table without files
+    std::uint32_t properties_ = 0;
+    std::unique_ptr<IMutex> mutex_;
+    std::unique_ptr<FieldList> fieldList_;
+    std::uint32_t initialMaxRecords_ = 0;
+    std::uint32_t growRecords_ = HalfOfMaxRecords;
+    std::uint32_t cacheSize_ = 0xFFFFFFFF;
+    std::unique_ptr<DataStore> dataStore_;
+    std::vector<std::unique_ptr<IIndex>> indexes_;  // position is the index number
+    std::uint16_t numberOfIndexes_ = 0;             // always indexes_.size()
+    std::set<std::uint16_t> keyFieldIds_;           // ids of the fields that any index uses
+    std::uint16_t primaryIndex_ = NoIndex;
+};
+
+}  // namespace Tavrin::Database

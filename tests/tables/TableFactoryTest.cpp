@@ -1,0 +1,175 @@
+// The table factories: argument checks in their order, the exception chain out of a failed
+// construction, the sizes handed to the table, and TableSpecification's way to a table.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "../base/ScratchDirectory.h"
+#include "TablesTestSupport.h"
+#include "base/MessageBuilder.h"
+#include "schema/TableSpecification.h"
+
+namespace Tavrin::Database::Testing {
+namespace {
+
+using Tavrin::Testing::ScratchDirectory;
+
+const char* const kManagedCreate = "Tavrin::Database::ManagedTableFactory::Create";
+const char* const kUnmanagedCreate = "Tavrin::Database::UnmanagedTableFactory::Create";
+
+void ExpectRefused(const std::function<void()>& create, const char* function, const std::string& message) {
+    const Thrown thrown = Catch(create);
+    ASSERT_TRUE(thrown.isDatabase) << message;
+    EXPECT_EQ(thrown.code, DatabaseException::InvalidParameter);
+    EXPECT_EQ(thrown.function, function);
+    EXPECT_EQ(thrown.message, message);
+    EXPECT_TRUE(thrown.chain.empty());
+}
+
+TEST(TableFactory, ArgumentChecksRunInOrderAndMakeNothing) {
+    ScratchDirectory directory;
+    const auto& managed = ManagedTableFactory::GetInstance();
+    const auto& unmanaged = UnmanagedTableFactory::GetInstance();
+    const std::vector<FieldSpecification> fields = SampleFields();
+    const std::vector<FieldSpecification> none;
+    const std::string& d = directory.Path();
+
+    // The array check stands first, and a count of 0 wins over whatever the array holds.
+    ExpectRefused([&] { managed.Create("T", 1, nullptr, 2, 0, kHalf, kAll); }, kManagedCreate,
+                  "invalid field list for table <T>");
+    ExpectRefused([&] { managed.Create("T", d, 1, fields.data(), 0, 10, kHalf, kAll); }, kManagedCreate,
+                  "invalid field list for table <T>");
+    ExpectRefused([&] { unmanaged.Create("T", "", 1, fields.data(), 0, 0, 8, kHalf, kAll); }, kUnmanagedCreate,
+                  "invalid field list for table <T>");
+    // Then the number of records, also when the field list and the directory are bad too.
+    ExpectRefused([&] { managed.Create("T", "", 1, none, 0, kHalf, kAll); }, kManagedCreate,
+                  "invalid number of records <0> for table <T>");
+    ExpectRefused([&] { unmanaged.Create("T", 1, fields.data(), 2, 0, 8, kHalf, kAll); }, kUnmanagedCreate,
+                  "invalid number of records <0> for table <T>");
+    // Then the fields, then the directory.
+    ExpectRefused([&] { managed.Create("T", "", 1, none, 10, kHalf, kAll); }, kManagedCreate,
+                  "empty field list for table <T>");
+    ExpectRefused([&] { unmanaged.Create("T", 1, none, 10, 8, kHalf, kAll); }, kUnmanagedCreate,
+                  "empty field list for table <T>");
+    ExpectRefused([&] { managed.Create("T", "", 1, fields, 10, kHalf, kAll); }, kManagedCreate,
+                  "empty directory for table <T>");
+    ExpectRefused([&] { unmanaged.Create("T", "", 1, fields.data(), 2, 10, 8, kHalf, kAll); }, kUnmanagedCreate,
+                  "empty directory for table <T>");
+    EXPECT_EQ(directory.Count(), 0u);
+}
+
+TEST(TableFactory, MissingDirectoryGivesTheChainAndLeavesNoFile) {
+    ScratchDirectory parent;
+    const std::string missing = parent / "missing";
+    for (bool isManaged : {true, false}) {
+        const Thrown thrown = Catch([&] {
+            if (isManaged) MakeManaged("Orders", missing);
+            else MakeUnmanaged("Orders", missing);
+        });
+        ASSERT_TRUE(thrown.thrown);
+        EXPECT_NE(thrown.code, 0u);
+        const std::vector<Thrown::Link> chain = {
+            {DatabaseException::CreateFile, "Tavrin::Database::Table::CreateRecordFile",
+             "error creating record file for table <Orders>"},
+            {DatabaseException::AllocateTable, isManaged ? kManagedCreate : kUnmanagedCreate, "<Orders>"}};
+        EXPECT_EQ(thrown.chain, chain);
+    }
+    EXPECT_FALSE(std::filesystem::exists(missing));
+    EXPECT_EQ(parent.Count(), 0u);
+}
+
+TEST(TableFactory, ConstructionFailuresCarryTheTableName) {
+    ScratchDirectory directory;
+    // A layout that refuses the fields: variable-length text in an unmanaged record.
+    const std::vector<FieldSpecification> text = {
+        FieldSpecification(1, "Note", FieldSpecification::TextString, 20, 0, 0)};
+    Thrown thrown = Catch([&] { MakeUnmanaged("Notes", directory.Path(), 20, kCreateFile, text); });
+    ASSERT_TRUE(thrown.isDatabase);
+    EXPECT_EQ(thrown.code, DatabaseException::InvalidParameter);
+    EXPECT_EQ(thrown.chain,
+              (std::vector<Thrown::Link>{{DatabaseException::AllocateTable, kUnmanagedCreate, "<Notes>"}}));
+
+    // A field that ends beyond the record length the caller gave.
+    thrown = Catch([&] { MakeUnmanaged("Short", directory.Path(), 7); });
+    ASSERT_TRUE(thrown.isDatabase);
+    EXPECT_EQ(thrown.code, DatabaseException::InvalidParameter);
+
+    // A cache size asks for a disk store, which does not exist yet.
+    thrown = Catch([&] {
+        delete ManagedTableFactory::GetInstance().Create("Cached", directory.Path(), kCreateFile, SampleFields(), 10,
+                                                         kHalf, 64);
+    });
+    ASSERT_TRUE(thrown.isDatabase);
+    EXPECT_EQ(thrown.code, DatabaseException::NotSupported);
+    EXPECT_NE(thrown.message.find("<Cached>"), std::string::npos) << thrown.message;
+    EXPECT_EQ(thrown.chain,
+              (std::vector<Thrown::Link>{{DatabaseException::AllocateTable, kManagedCreate, "<Cached>"}}));
+    EXPECT_EQ(directory.Count(), 0u);
+}
+
+TEST(TableFactory, SizesReachTheTableInOrder) {
+    const std::vector<FieldSpecification> fields = SampleFields();
+    // Unmanaged array form: maxRecords, recordLength, growRecords, cacheSize.
+    std::unique_ptr<ITable> table(UnmanagedTableFactory::GetInstance().Create("U", kCreateFile, fields.data(), 2,
+                                                                              40, 12, 3, kAll));
+    TableSpecification specification = table->GetSpecification();
+    EXPECT_FALSE(specification.IsManaged());
+    EXPECT_EQ(specification.GetInitialMaximumRecords(), 40u);
+    EXPECT_EQ(specification.GetRecordLength(), 12u);
+    EXPECT_EQ(specification.GetGrowRecords(), 3u);
+    EXPECT_EQ(specification.GetCacheSize(), kAll);
+    EXPECT_EQ(table->GetRecordLength(), 12u);
+    std::uint32_t maxRecords = 0;
+    EXPECT_EQ(table->GetMaxRecords(maxRecords), Status::Success);
+    EXPECT_EQ(maxRecords, 40u);
+
+    // 0xFFFFFFFF grows by half of maxRecords, rounded down; 0 stays 0 (the store never grows).
+    const auto& managed = ManagedTableFactory::GetInstance();
+    for (auto [max, grow, expected] : {std::tuple{41u, kHalf, 20u}, {1u, kHalf, 0u}, {41u, 0u, 0u}}) {
+        table.reset(managed.Create("M", 0, fields, max, grow, kAll));
+        EXPECT_EQ(table->GetSpecification().GetGrowRecords(), expected) << max << " " << grow;
+    }
+}
+
+TEST(TableFactory, SpecificationCreatesTheMatchingTable) {
+    ScratchDirectory directory;
+    const std::vector<FieldSpecification> fields = SampleFields();
+
+    // A managed specification ignores the record length; without a path the table has no files.
+    const TableSpecification managed("Stock", true, 0, fields, 20, 999, 5, kAll);
+    std::unique_ptr<ITable> table(managed.CreateTable(""));
+    EXPECT_TRUE(table->IsManaged());
+    EXPECT_TRUE(table->IsInMemory());
+    EXPECT_NE(table->GetRecordLength(), 999u);
+    EXPECT_EQ(table->GetSpecification(), TableSpecification("Stock", true, 0, fields, 20, table->GetRecordLength(),
+                                                            5, kAll));
+
+    const TableSpecification unmanaged("Stock", kCreateFile, fields, 20, 16, 5, kAll);
+    table.reset(unmanaged.CreateTable(directory.Path()));
+    EXPECT_FALSE(table->IsManaged());
+    EXPECT_EQ(table->GetRecordLength(), 16u);
+    EXPECT_TRUE(table->IsRecordFileOpen());
+    EXPECT_TRUE(File::IsFound(directory / "Stock.tab"));
+
+    // The factory's exceptions come through unchanged.
+    const TableSpecification empty("Empty", kCreateFile, {}, 20, 5, kAll);
+    ExpectRefused([&] { empty.CreateTable(directory.Path()); }, kManagedCreate, "empty field list for table <Empty>");
+}
+
+TEST(TableFactory, StaticSerializeWritesTheTablesOwnDescription) {
+    std::unique_ptr<ITable> table(UnmanagedTableFactory::GetInstance().Create("W", 3, SampleFields(), 7, 8, 2, kAll));
+    MessageBuilder fromTable;
+    ASSERT_EQ(TableSpecification::Serialize(fromTable, table.get(), 1), Status::Success);
+    MessageBuilder direct;
+    ASSERT_EQ(table->GetSpecification().Serialize(direct, 1), Status::Success);
+    ASSERT_EQ(fromTable.GetLength(), direct.GetLength());
+    EXPECT_EQ(std::vector<unsigned char>(fromTable.GetBuffer(), fromTable.GetBuffer() + fromTable.GetLength()),
+              std::vector<unsigned char>(direct.GetBuffer(), direct.GetBuffer() + direct.GetLength()));
+
+    MessageBuilder none;
+    EXPECT_EQ(TableSpecification::Serialize(none, nullptr, 1), Status::Invalid);
+}
+
+}  // namespace
+}  // namespace Tavrin::Database::Testing

@@ -1,0 +1,103 @@
+#pragma once
+// Helpers of the table tests: sample fields, short ways to make tables, and a record of what an
+// action threw, chain included.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "base/DatabaseException.h"
+#include "base/Exception.h"
+#include "base/File.h"
+#include "records/FieldSpecification.h"
+#include "tables/ITable.h"
+#include "tables/ManagedTableFactory.h"
+#include "tables/UnmanagedTableFactory.h"
+
+namespace Tavrin::Database::Testing {
+
+constexpr std::uint32_t kCreateFile = 1;  // property bit 0
+constexpr std::uint32_t kAll = 0xFFFFFFFF;
+constexpr std::uint32_t kHalf = 0xFFFFFFFF;
+
+// Two fixed-length fields packed from offset 0: 8 bytes, valid in both layouts.
+inline std::vector<FieldSpecification> SampleFields() {
+    return {FieldSpecification(1, "Age", FieldSpecification::SInt, 4, 0, 0),
+            FieldSpecification(2, "Code", FieldSpecification::UInt, 4, 4, 0)};
+}
+
+inline std::unique_ptr<ITable> MakeManaged(const std::string& name, const std::string& directory,
+                                           std::uint32_t properties = kCreateFile,
+                                           const std::vector<FieldSpecification>& fields = SampleFields()) {
+    return std::unique_ptr<ITable>(
+        ManagedTableFactory::GetInstance().Create(name, directory, properties, fields, 10, kHalf, kAll));
+}
+
+inline std::unique_ptr<ITable> MakeUnmanaged(const std::string& name, const std::string& directory,
+                                             std::uint32_t recordLength = 8, std::uint32_t properties = kCreateFile,
+                                             const std::vector<FieldSpecification>& fields = SampleFields()) {
+    return std::unique_ptr<ITable>(UnmanagedTableFactory::GetInstance().Create(name, directory, properties, fields,
+                                                                               10, recordLength, kHalf, kAll));
+}
+
+// What an action threw: the outer exception and, in order, the chain added on its way out.
+struct Thrown {
+    bool thrown = false;
+    bool isStatus = false;    // a StatusCodeException
+    bool isDatabase = false;  // a DatabaseException
+    std::uint32_t code = 0;
+    std::string function;
+    std::string message;  // of a DatabaseException
+    struct Link {
+        std::uint32_t code;
+        std::string function;
+        std::string message;
+        bool operator==(const Link&) const = default;
+    };
+    std::vector<Link> chain;  // each a DatabaseException
+};
+
+inline Thrown Catch(const std::function<void()>& action) {
+    Thrown result;
+    try {
+        action();
+    } catch (const Exception& exception) {
+        result.thrown = true;
+        result.isStatus = dynamic_cast<const StatusCodeException*>(&exception) != nullptr;
+        const auto* database = dynamic_cast<const DatabaseException*>(&exception);
+        result.isDatabase = database != nullptr;
+        if (database != nullptr) result.message = database->GetMessage();
+        result.code = exception.GetCode();
+        result.function = exception.GetFunction();
+        for (const auto& link : exception.GetChain()) {
+            const auto* chained = dynamic_cast<const DatabaseException*>(link.get());
+            result.chain.push_back({link->GetCode(), link->GetFunction(), chained ? chained->GetMessage() : "?"});
+        }
+    }
+    return result;
+}
+
+inline std::vector<unsigned char> ReadBytes(const std::string& path) {
+    std::int64_t size = 0;
+    if (File::GetSize(path, size) != Status::Success) return {};
+    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
+    File file;
+    if (file.Open(path, File::ReadAccess, 0) != Status::Success) return {};
+    if (size > 0 && file.Read(bytes.data(), static_cast<std::uint32_t>(size)) != Status::Success) return {};
+    return bytes;
+}
+
+inline void WriteBytes(const std::string& path, const std::vector<unsigned char>& bytes) {
+    File file;
+    ASSERT_EQ(file.Create(path, File::WriteAccess, 0), Status::Success);
+    if (!bytes.empty()) {
+        ASSERT_EQ(file.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size())), Status::Success);
+    }
+}
+
+}  // namespace Tavrin::Database::Testing
