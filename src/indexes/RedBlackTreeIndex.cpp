@@ -119,6 +119,11 @@ std::string RedBlackTreeIndex::GetFileName(const std::string& directory, const s
     return name + stem + ".rb.idx";
 }
 
+StatusCode RedBlackTreeIndex::CheckUsable(const Key& key) const noexcept {
+    if (!store_.IsOpen()) return Status::NotOpen;
+    return key.GetCapacity() < GetKeySize() ? Status::Invalid : Status::Success;
+}
+
 RedBlackTreeNode RedBlackTreeIndex::NodeAt(std::uint32_t id) {
     unsigned char* bytes = nullptr;
     if (store_.GetEntry(id, bytes) != Status::Success) store_.GetEntry(sentinel_, bytes);

@@ -76,7 +76,9 @@ public:
     // Empties the tree; the file keeps its size. 1 when the store can't be cleared or refilled.
     StatusCode Clear() override;
 
-    // Every operation below answers 16 while no file is open, and 23 when it meets a damaged tree.
+    // Every operation below answers 16 while no file is open, 23 for a key whose buffer is shorter
+    // than GetKeySize() (a key of another index), and 23 when it meets a damaged tree. The key is
+    // read as its first GetKeySize() bytes; it need not be bound to a table.
 
     // Inserts `key` with `recordId`; an equal key goes behind its equals. The store's status (40 when
     // it is full and can't grow) with the tree unchanged.
@@ -149,6 +151,8 @@ private:
     };
 
     // ---- Nodes (RedBlackTreeIndex.cpp) --------------------------------------------------------
+    // 16 when no file is open, 23 when `key` can't hold a key image of this index.
+    StatusCode CheckUsable(const Key& key) const noexcept;
     // The node of entry `id`. A link that names no entry in use (a damaged file) gives the
     // sentinel's node, so no walk leaves the mapping.
     Node NodeAt(std::uint32_t id);

@@ -10,7 +10,7 @@
 namespace Tavrin::Database {
 
 StatusCode RedBlackTreeIndex::Add(const Key& key, std::uint32_t recordId) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     // Below 0 goes left, 0 or above right: an equal key goes behind its equals.
     Descent descent;
     const StatusCode found = DescendFull(key, false, descent);
@@ -35,7 +35,7 @@ StatusCode RedBlackTreeIndex::Add(const Key& key, std::uint32_t recordId) {
 }
 
 StatusCode RedBlackTreeIndex::Remove(const Key& key) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     std::uint32_t node = sentinel_;
     const StatusCode found = FindNode(key, node);
     if (found != Status::Success || node == sentinel_) return found;

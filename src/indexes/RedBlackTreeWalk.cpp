@@ -113,7 +113,7 @@ StatusCode RedBlackTreeIndex::Deliver(std::uint32_t node, Key& key, std::uint32_
 }
 
 StatusCode RedBlackTreeIndex::Find(const Key& key, std::uint32_t& recordId) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     std::uint32_t node = sentinel_;
     const StatusCode status = FindNode(key, node);
     if (status != Status::Success) return status;
@@ -124,12 +124,12 @@ StatusCode RedBlackTreeIndex::Find(const Key& key, std::uint32_t& recordId) {
 }
 
 StatusCode RedBlackTreeIndex::GetFirst(Key& key, std::uint32_t& recordId) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     return Deliver(Extreme(root_, Node::Left), key, recordId);
 }
 
 StatusCode RedBlackTreeIndex::GetLast(Key& key, std::uint32_t& recordId) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     return Deliver(Extreme(root_, Node::Right), key, recordId);
 }
 
@@ -140,7 +140,7 @@ StatusCode RedBlackTreeIndex::GetPrevious(Key& key, std::uint32_t& recordId) {
 }
 
 StatusCode RedBlackTreeIndex::Step(Key& key, std::uint32_t& recordId, Side side) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     std::uint32_t node = sentinel_;
     const StatusCode status = StepNode(key, side, node);
     return status != Status::Success ? status : Deliver(node, key, recordId);
@@ -185,7 +185,7 @@ StatusCode RedBlackTreeIndex::GetPreviousEqual(Key& key, std::uint32_t& recordId
 
 StatusCode RedBlackTreeIndex::PrefixEnd(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                         std::uint32_t length, Side side) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     Prefix prefix{};
     StatusCode status = PreparePrefix(key, fieldId, length, prefix);
     if (status != Status::Success) return status;
@@ -205,7 +205,7 @@ StatusCode RedBlackTreeIndex::PrefixEnd(Key& key, std::uint32_t& recordId, std::
 
 StatusCode RedBlackTreeIndex::PrefixStep(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                          std::uint32_t length, Side side) {
-    if (!store_.IsOpen()) return Status::NotOpen;
+    if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     Prefix prefix{};
     std::uint32_t node = sentinel_;
     StatusCode status = PreparePrefix(key, fieldId, length, prefix);
