@@ -56,15 +56,6 @@ TEST(TableAccessors, FieldsInListOrder) {
     id = 3;
     EXPECT_EQ(table->GetNextFieldId(id), Status::Invalid);
 
-    FieldSpecification field;
-    table->GetFirstFieldSpecification(field);
-    EXPECT_EQ(field.GetName(), "Name");
-    EXPECT_EQ(table->GetNextFieldSpecification(field), Status::Success);
-    EXPECT_EQ(field.GetName(), "Age");
-    EXPECT_EQ(table->GetFieldSpecification(9, field), Status::Success);
-    EXPECT_EQ(field.GetName(), "Code");
-    EXPECT_EQ(table->GetFieldSpecification(7, field), Status::NotFound);
-
     FieldSpecification::Type type = FieldSpecification::None;
     EXPECT_EQ(table->GetFieldType(2, type), Status::Success);
     EXPECT_EQ(type, FieldSpecification::SInt);
@@ -72,7 +63,6 @@ TEST(TableAccessors, FieldsInListOrder) {
     EXPECT_TRUE(table->HasField(9));
     EXPECT_FALSE(table->HasField(3));
     EXPECT_FALSE(table->HasField(65535));
-    EXPECT_EQ(table->GetFieldSpecificationList().size(), 3u);
 }
 
 TEST(TableAccessors, MatchingFieldsAppend) {

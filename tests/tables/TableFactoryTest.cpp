@@ -7,7 +7,6 @@
 
 #include "../base/ScratchDirectory.h"
 #include "TablesTestSupport.h"
-#include "base/MessageBuilder.h"
 #include "schema/TableSpecification.h"
 
 namespace Tavrin::Database::Testing {
@@ -155,20 +154,6 @@ TEST(TableFactory, SpecificationCreatesTheMatchingTable) {
     // The factory's exceptions come through unchanged.
     const TableSpecification empty("Empty", kCreateFile, {}, 20, 5, kAll);
     ExpectRefused([&] { empty.CreateTable(directory.Path()); }, kManagedCreate, "empty field list for table <Empty>");
-}
-
-TEST(TableFactory, StaticSerializeWritesTheTablesOwnDescription) {
-    std::unique_ptr<ITable> table(UnmanagedTableFactory::GetInstance().Create("W", 3, SampleFields(), 7, 8, 2, kAll));
-    MessageBuilder fromTable;
-    ASSERT_EQ(TableSpecification::Serialize(fromTable, table.get(), 1), Status::Success);
-    MessageBuilder direct;
-    ASSERT_EQ(table->GetSpecification().Serialize(direct, 1), Status::Success);
-    ASSERT_EQ(fromTable.GetLength(), direct.GetLength());
-    EXPECT_EQ(std::vector<unsigned char>(fromTable.GetBuffer(), fromTable.GetBuffer() + fromTable.GetLength()),
-              std::vector<unsigned char>(direct.GetBuffer(), direct.GetBuffer() + direct.GetLength()));
-
-    MessageBuilder none;
-    EXPECT_EQ(TableSpecification::Serialize(none, nullptr, 1), Status::Invalid);
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ TEST(TableRecordFile, ReconstructionOpensTheSameFile) {
     ScratchDirectory directory;
     const std::string path = directory / "Orders.tab";
     MakeManaged("Orders", directory.Path());
-    const std::vector<unsigned char> first = ReadBytes(path);
+    const std::vector<unsigned char> first = ReadFile(path);
     ASSERT_GT(first.size(), 17u);
     EXPECT_EQ(first[0], 1) << "closed cleanly";
 
@@ -46,7 +46,7 @@ TEST(TableRecordFile, ReconstructionOpensTheSameFile) {
     table->GetMaxRecords(maxRecords);
     EXPECT_EQ(maxRecords, 10u) << "the file's own size counts";
     table.reset();
-    EXPECT_EQ(UuidOf(ReadBytes(path)), UuidOf(first));
+    EXPECT_EQ(UuidOf(ReadFile(path)), UuidOf(first));
     EXPECT_EQ(directory.Count(), 1u);
 }
 
@@ -97,7 +97,7 @@ TEST(TableRecordFile, AnotherTablesFileIsRefusedWith25AndKept) {
     ScratchDirectory directory;
     const std::string path = directory / "Stock_Items.tab";
     MakeUnmanaged("Stock Items", directory.Path());
-    const std::vector<unsigned char> original = ReadBytes(path);
+    const std::vector<unsigned char> original = ReadFile(path);
 
     for (const Difference& difference : Differences()) {
         SCOPED_TRACE(difference.what);
@@ -106,7 +106,7 @@ TEST(TableRecordFile, AnotherTablesFileIsRefusedWith25AndKept) {
         EXPECT_EQ(thrown.code, Status::DescriptionDiffers);
         ASSERT_EQ(thrown.chain.size(), 1u);
         EXPECT_EQ(thrown.chain[0].code, DatabaseException::AllocateTable);
-        EXPECT_EQ(ReadBytes(path), original);
+        EXPECT_EQ(ReadFile(path), original);
 
         // Opened by hand, also with the convert bit, the answer is the same.
         for (std::uint32_t properties : {0u, 4u}) {
@@ -115,7 +115,7 @@ TEST(TableRecordFile, AnotherTablesFileIsRefusedWith25AndKept) {
             EXPECT_EQ(table->OpenRecordFile(), Status::DescriptionDiffers);
             EXPECT_FALSE(table->IsRecordFileOpen());
         }
-        EXPECT_EQ(ReadBytes(path), original);
+        EXPECT_EQ(ReadFile(path), original);
     }
     EXPECT_EQ(directory.Count(), 1u);
     EXPECT_NO_THROW(MakeUnmanaged("Stock Items", directory.Path()));
@@ -125,7 +125,7 @@ TEST(TableRecordFile, DamagedFileIsRefusedAndKeptAsItIs) {
     ScratchDirectory directory;
     const std::string path = directory / "Log.tab";
     MakeManaged("Log", directory.Path());
-    const std::vector<unsigned char> good = ReadBytes(path);
+    const std::vector<unsigned char> good = ReadFile(path);
     const std::size_t name = Find(good, "Log");
     ASSERT_NE(name, std::string::npos);
 
@@ -137,11 +137,11 @@ TEST(TableRecordFile, DamagedFileIsRefusedAndKeptAsItIs) {
     damaged.back()[name - 1] = 0xFF;
     for (std::size_t i = 0; i < damaged.size(); ++i) {
         SCOPED_TRACE(i);
-        WriteBytes(path, damaged[i]);
+        WriteFile(path, damaged[i]);
         const Thrown thrown = Catch([&] { MakeManaged("Log", directory.Path()); });
         EXPECT_TRUE(thrown.isStatus);
         EXPECT_NE(thrown.code, Status::Success);
-        EXPECT_EQ(ReadBytes(path), damaged[i]);
+        EXPECT_EQ(ReadFile(path), damaged[i]);
     }
 }
 
@@ -149,14 +149,14 @@ TEST(TableRecordFile, FileLeftOpenByACrashIsRefusedOnceAndKept) {
     ScratchDirectory directory;
     const std::string path = directory / "Log.tab";
     MakeManaged("Log", directory.Path());
-    std::vector<unsigned char> crashed = ReadBytes(path);
+    std::vector<unsigned char> crashed = ReadFile(path);
     crashed[0] = 0;
-    WriteBytes(path, crashed);
+    WriteFile(path, crashed);
 
     const Thrown thrown = Catch([&] { MakeManaged("Log", directory.Path()); });
     EXPECT_TRUE(thrown.isStatus);
     EXPECT_EQ(thrown.code, Status::Invalid);
-    std::vector<unsigned char> after = ReadBytes(path);
+    std::vector<unsigned char> after = ReadFile(path);
     ASSERT_EQ(after.size(), crashed.size());
     EXPECT_TRUE(std::equal(after.begin() + 1, after.end(), crashed.begin() + 1));
 
@@ -164,7 +164,7 @@ TEST(TableRecordFile, FileLeftOpenByACrashIsRefusedOnceAndKept) {
     std::unique_ptr<ITable> table = MakeManaged("Log", directory.Path());
     EXPECT_TRUE(table->IsRecordFileOpen());
     table.reset();
-    EXPECT_EQ(UuidOf(ReadBytes(path)), UuidOf(crashed));
+    EXPECT_EQ(UuidOf(ReadFile(path)), UuidOf(crashed));
 }
 
 TEST(TableRecordFile, RecordFileOperationsByHand) {
@@ -194,16 +194,16 @@ TEST(TableRecordFile, RecordFileOperationsByHand) {
     EXPECT_EQ(table->CloseRecordFile(), Status::Success);
 }
 
-TEST(TableRecordFile, TableWithoutFilesLivesInATemporaryStore) {
+TEST(TableRecordFile, TableWithoutFilesHasNothingToOpen) {
     std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("Temp", 0, SampleFields(), 4, 2, kAll));
     EXPECT_FALSE(table->IsRecordFileOpen());
     EXPECT_EQ(table->OpenRecordFile(), Status::NotFound);
-    table->CreateRecordFile();
-    EXPECT_TRUE(table->IsRecordFileOpen());
-    EXPECT_EQ(table->CloseRecordFile(), Status::Success);
-    EXPECT_EQ(table->OpenRecordFile(), Status::NotFound);
-    table->CreateRecordFile();
-    EXPECT_TRUE(table->IsRecordFileOpen());
+    for (int round = 0; round < 2; ++round) {
+        table->CreateRecordFile();
+        EXPECT_TRUE(table->IsRecordFileOpen());
+        EXPECT_EQ(table->CloseRecordFile(), Status::Success);
+        EXPECT_EQ(table->OpenRecordFile(), Status::NotFound);
+    }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 // Helpers of the table tests: sample fields, short ways to make tables, and a record of what an
-// action threw, chain included.
+// action threw, chain included. Raw file access comes from the storage tests' helpers.
 
 #include <gtest/gtest.h>
 
@@ -8,12 +8,11 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <typeinfo>
 #include <vector>
 
+#include "../storage/StoreTestSupport.h"
 #include "base/DatabaseException.h"
 #include "base/Exception.h"
-#include "base/File.h"
 #include "records/FieldSpecification.h"
 #include "tables/ITable.h"
 #include "tables/ManagedTableFactory.h"
@@ -80,24 +79,6 @@ inline Thrown Catch(const std::function<void()>& action) {
         }
     }
     return result;
-}
-
-inline std::vector<unsigned char> ReadBytes(const std::string& path) {
-    std::int64_t size = 0;
-    if (File::GetSize(path, size) != Status::Success) return {};
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
-    File file;
-    if (file.Open(path, File::ReadAccess, 0) != Status::Success) return {};
-    if (size > 0 && file.Read(bytes.data(), static_cast<std::uint32_t>(size)) != Status::Success) return {};
-    return bytes;
-}
-
-inline void WriteBytes(const std::string& path, const std::vector<unsigned char>& bytes) {
-    File file;
-    ASSERT_EQ(file.Create(path, File::WriteAccess, 0), Status::Success);
-    if (!bytes.empty()) {
-        ASSERT_EQ(file.Write(bytes.data(), static_cast<std::uint32_t>(bytes.size())), Status::Success);
-    }
 }
 
 }  // namespace Tavrin::Database::Testing
