@@ -13,9 +13,8 @@ ITable* ManagedTableFactory::Create(const std::string& name, std::uint32_t prope
                                     const FieldSpecification* const fields, std::uint32_t numberOfFields,
                                     std::uint32_t maxRecords, std::uint32_t growRecords,
                                     std::uint32_t cacheSize) const {
-    TableFactorySupport::CheckFieldArray(kCreate, name, fields, numberOfFields);
-    return Create(name, properties, std::vector<FieldSpecification>(fields, fields + numberOfFields), maxRecords,
-                  growRecords, cacheSize);
+    return Create(name, properties, TableFactorySupport::FieldArrayToVector(kCreate, name, fields, numberOfFields),
+                  maxRecords, growRecords, cacheSize);
 }
 
 ITable* ManagedTableFactory::Create(const std::string& name, std::uint32_t properties,
@@ -28,9 +27,9 @@ ITable* ManagedTableFactory::Create(const std::string& name, const std::string& 
                                     const FieldSpecification* const fields, std::uint32_t numberOfFields,
                                     std::uint32_t maxRecords, std::uint32_t growRecords,
                                     std::uint32_t cacheSize) const {
-    TableFactorySupport::CheckFieldArray(kCreate, name, fields, numberOfFields);
-    return Create(name, directory, properties, std::vector<FieldSpecification>(fields, fields + numberOfFields),
-                  maxRecords, growRecords, cacheSize);
+    return Create(name, directory, properties,
+                  TableFactorySupport::FieldArrayToVector(kCreate, name, fields, numberOfFields), maxRecords,
+                  growRecords, cacheSize);
 }
 
 ITable* ManagedTableFactory::Create(const std::string& name, const std::string& directory, std::uint32_t properties,

@@ -2,11 +2,12 @@
 
 namespace Tavrin::Database::TableFactorySupport {
 
-void CheckFieldArray(ThrowSite site, const std::string& name, const FieldSpecification* fields,
-                     std::uint32_t numberOfFields) {
+std::vector<FieldSpecification> FieldArrayToVector(ThrowSite site, const std::string& name,
+                                                   const FieldSpecification* fields, std::uint32_t numberOfFields) {
     if (fields == nullptr || numberOfFields == 0) {
         ThrowDatabase(site, DatabaseException::InvalidParameter, "invalid field list for table <%s>", name.c_str());
     }
+    return std::vector<FieldSpecification>(fields, fields + numberOfFields);
 }
 
 void CheckSettings(ThrowSite site, const Table::Settings& settings) {

@@ -20,10 +20,10 @@
 
 namespace Tavrin::Database::TableFactorySupport {
 
-// The check of an array form: DatabaseException 12 "invalid field list for table <name>" for a null
-// array or a count of 0.
-void CheckFieldArray(ThrowSite site, const std::string& name, const FieldSpecification* fields,
-                     std::uint32_t numberOfFields);
+// The step of an array form: DatabaseException 12 "invalid field list for table <name>" for a null
+// array or a count of 0, else the array as a vector for the vector form.
+std::vector<FieldSpecification> FieldArrayToVector(ThrowSite site, const std::string& name,
+                                                   const FieldSpecification* fields, std::uint32_t numberOfFields);
 
 // The checks of a vector form, in order, each DatabaseException 12: no records, no fields, and in
 // the forms with a directory an empty one.

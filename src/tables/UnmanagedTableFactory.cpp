@@ -11,11 +11,10 @@ constexpr const char* kCreate = "Tavrin::Database::UnmanagedTableFactory::Create
 
 ITable* UnmanagedTableFactory::Create(const std::string& name, std::uint32_t properties,
                                       const FieldSpecification* const fields, std::uint32_t numberOfFields,
-                                      std::uint32_t maxRecords, std::uint32_t recordLength,
-                                      std::uint32_t growRecords, std::uint32_t cacheSize) const {
-    TableFactorySupport::CheckFieldArray(kCreate, name, fields, numberOfFields);
-    return Create(name, properties, std::vector<FieldSpecification>(fields, fields + numberOfFields), maxRecords,
-                  recordLength, growRecords, cacheSize);
+                                      std::uint32_t maxRecords, std::uint32_t recordLength, std::uint32_t growRecords,
+                                      std::uint32_t cacheSize) const {
+    return Create(name, properties, TableFactorySupport::FieldArrayToVector(kCreate, name, fields, numberOfFields),
+                  maxRecords, recordLength, growRecords, cacheSize);
 }
 
 ITable* UnmanagedTableFactory::Create(const std::string& name, std::uint32_t properties,
@@ -25,20 +24,19 @@ ITable* UnmanagedTableFactory::Create(const std::string& name, std::uint32_t pro
     return Build(kCreate, {name, nullptr, properties, fields, maxRecords, recordLength, growRecords, cacheSize});
 }
 
-ITable* UnmanagedTableFactory::Create(const std::string& name, const std::string& directory,
-                                      std::uint32_t properties, const FieldSpecification* const fields,
-                                      std::uint32_t numberOfFields, std::uint32_t maxRecords,
-                                      std::uint32_t recordLength, std::uint32_t growRecords,
+ITable* UnmanagedTableFactory::Create(const std::string& name, const std::string& directory, std::uint32_t properties,
+                                      const FieldSpecification* const fields, std::uint32_t numberOfFields,
+                                      std::uint32_t maxRecords, std::uint32_t recordLength, std::uint32_t growRecords,
                                       std::uint32_t cacheSize) const {
-    TableFactorySupport::CheckFieldArray(kCreate, name, fields, numberOfFields);
-    return Create(name, directory, properties, std::vector<FieldSpecification>(fields, fields + numberOfFields),
-                  maxRecords, recordLength, growRecords, cacheSize);
+    return Create(name, directory, properties,
+                  TableFactorySupport::FieldArrayToVector(kCreate, name, fields, numberOfFields), maxRecords,
+                  recordLength, growRecords, cacheSize);
 }
 
-ITable* UnmanagedTableFactory::Create(const std::string& name, const std::string& directory,
-                                      std::uint32_t properties, const std::vector<FieldSpecification>& fields,
-                                      std::uint32_t maxRecords, std::uint32_t recordLength,
-                                      std::uint32_t growRecords, std::uint32_t cacheSize) const {
+ITable* UnmanagedTableFactory::Create(const std::string& name, const std::string& directory, std::uint32_t properties,
+                                      const std::vector<FieldSpecification>& fields, std::uint32_t maxRecords,
+                                      std::uint32_t recordLength, std::uint32_t growRecords,
+                                      std::uint32_t cacheSize) const {
     return Build(kCreate, {name, &directory, properties, fields, maxRecords, recordLength, growRecords, cacheSize});
 }
 
