@@ -78,6 +78,11 @@ public:
     IIndex* GetIndex() const noexcept { return index_; }
     std::uint16_t GetIndexNumber() const noexcept { return indexNumber_; }
 
+    // A tree index's hint of the entry that a lookup last landed on: it lives in the record id and
+    // is written also through a const key. -1 when there is none.
+    std::uint32_t GetCursor() const noexcept { return GetRecordId(); }
+    void SetCursor(std::uint32_t cursor) const noexcept { SetRecordId(cursor); }
+
 private:
     void ClearKey() noexcept;
 
