@@ -78,11 +78,7 @@ ITable* Table::Clone(const std::string&, bool, bool, std::uint32_t) {
     ThrowStatus("Tavrin::Database::Table::Clone", Status::NotAvailable);  // not available yet
 }
 
-StatusCode Table::Clear() { return Status::NotAvailable; }  // not available yet
-
 StatusCode Table::CopyRecords(ITable*, bool, std::uint32_t) { return Status::NotAvailable; }  // not available yet
-
-StatusCode Table::SerializeSpecification(MessageBuilder&) { return Status::NotAvailable; }  // not available yet
 
 void Table::CheckIntegrity() {
     ThrowStatus("Tavrin::Database::Table::CheckIntegrity", Status::NotAvailable);  // not available yet

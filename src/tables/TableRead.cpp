@@ -1,49 +1,10 @@
-// The operations of a table on records and keys. The write and read paths need the indexes and
-// come with them; until then they answer status 13.
+// The read path of a table: lookups and walks by key, walks of the store.
 
+#include "records/Key.h"
 #include "records/Record.h"
 #include "tables/Table.h"
 
 namespace Tavrin::Database {
-
-StatusCode Table::ResetRecord(Record& record) {
-    if (!record.GetTableToken().IsSame(GetIdentityToken())) return Status::OtherTable;
-    fieldList_->ResetData(record.GetData());
-    record.SetRecordId(FieldListObject::NoRecordId);
-    return Status::Success;
-}
-
-// Messages.
-StatusCode Table::SerializeRecords(MessageBuilder&, const std::vector<unsigned char>&, const std::vector<Record>&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::SerializeRecords(MessageBuilder&, const std::vector<Record>&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::SerializeKeys(MessageBuilder&, const std::vector<Key>&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::DeserializeRecords(MessageValidator&, std::vector<unsigned char>&, std::vector<Record>&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::DeserializeCounts(MessageValidator&, std::uint32_t&, std::uint32_t&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::DeserializeRecords(MessageValidator&, std::vector<Record>&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::DeserializeKeys(MessageValidator&, std::vector<Key>&) {
-    return Status::NotAvailable;  // not available yet
-}
-
-// Writes.
-StatusCode Table::WriteRecord(Record&, Record&) { return Status::NotAvailable; }  // not available yet
-StatusCode Table::WriteRecord(Record&, const std::vector<std::uint16_t>&) {
-    return Status::NotAvailable;  // not available yet
-}
-StatusCode Table::WriteRecord(Record&) { return Status::NotAvailable; }           // not available yet
-StatusCode Table::RemoveRecord(Key&, Record&) { return Status::NotAvailable; }    // not available yet
-StatusCode Table::RemoveRecord(Key&) { return Status::NotAvailable; }             // not available yet
 
 // Reads by key.
 StatusCode Table::GetEqual(std::vector<Key>&, std::vector<unsigned char>&, std::vector<Record>&) {
