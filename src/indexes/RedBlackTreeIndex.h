@@ -174,7 +174,7 @@ private:
     StatusCode Descend(Compare compare, bool stopAtEqual, Descent& descent);
     // Descend by the full comparison with the key's bytes.
     StatusCode DescendFull(const Key& key, bool stopAtEqual, Descent& descent);
-    // The cursor's entry when it is in use, not the sentinel, and holds the key; else the sentinel.
+    // The cursor's entry when it is in use and holds the key; else the sentinel, which means none.
     std::uint32_t CursorNode(const Key& key);
     // The node of `key`, by the cursor or a descent; the sentinel when absent.
     StatusCode FindNode(const Key& key, std::uint32_t& node);

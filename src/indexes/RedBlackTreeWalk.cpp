@@ -45,7 +45,7 @@ StatusCode RedBlackTreeIndex::DescendFull(const Key& key, bool stopAtEqual, Desc
 
 std::uint32_t RedBlackTreeIndex::CursorNode(const Key& key) {
     const std::uint32_t cursor = key.GetCursor();
-    if (cursor == NoEntry || cursor == sentinel_) return sentinel_;
+    if (cursor == NoEntry) return sentinel_;
     unsigned char* bytes = nullptr;
     if (store_.GetEntry(cursor, bytes) != Status::Success) return sentinel_;
     return CompareFull(key.GetData(), Node(bytes).GetKey()) == 0 ? cursor : sentinel_;

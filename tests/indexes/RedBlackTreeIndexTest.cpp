@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,24 +25,6 @@ constexpr std::uint32_t StoreHeaderSize = 54;
 
 IndexSpecification DuplicateSpecification() {
     return NumberNameSpecification(IndexSpecification::DuplicateProperty, false);
-}
-
-// Adds keys of the given numbers, each with the number as its record id and "n" as its name.
-void AddNumbers(RedBlackTreeIndex& index, const std::vector<std::uint32_t>& numbers) {
-    for (const std::uint32_t number : numbers) {
-        Key key;
-        SetKey(key, index, number, "n", number);
-        ASSERT_EQ(index.Add(key, number), Status::Success);
-    }
-}
-
-// The entry number of the node of (number, "n"), as Find leaves it in the cursor.
-std::uint32_t EntryOf(RedBlackTreeIndex& index, std::uint32_t number) {
-    Key key;
-    SetKey(key, index, number, "n", number);
-    std::uint32_t record = 0;
-    EXPECT_EQ(index.Find(key, record), Status::Success);
-    return key.GetCursor();
 }
 
 void PutU32(std::vector<unsigned char>& bytes, std::uint32_t value) {
@@ -101,64 +84,52 @@ TEST(RedBlackTreeFile, FileNameJoinsDirectoryTableAndIndex) {
     EXPECT_EQ(RedBlackTreeIndex::GetFileName("d\\", "t", "i"), "d\\t-i.rb.idx");
 }
 
-TEST(RedBlackTree, UnopenedAndEmptyTreesFindNothing) {
-    TreeHarness harness(DuplicateSpecification(), 8, 8);
+// A Duplicate index over (number, name) in a temporary file.
+class RedBlackTree : public ::testing::Test {
+protected:
+    explicit RedBlackTree(std::uint32_t growEntries = 8) : harness(DuplicateSpecification(), 4, growEntries) {
+        index.Create();
+    }
+    TreeHarness harness;
     RedBlackTreeIndex& index = *harness.index;
     Key key;
-    SetKey(key, index, 1, "n", 1);
     std::uint32_t record = 0;
-    EXPECT_EQ(index.GetRoot(), RedBlackTreeIndex::NoEntry);
-    EXPECT_EQ(index.Add(key, 1), Status::NotOpen);
-    EXPECT_EQ(index.GetFirst(key, record), Status::NotOpen);
-    EXPECT_EQ(index.GetCurrentRecords(), 0u);
+};
 
-    index.Create();
+TEST_F(RedBlackTree, EmptyTreeFindsNothing) {
+    SetKey(key, index, 1, "n", 1);
     EXPECT_EQ(index.GetStore().GetCurrentEntries(), 1u);
     EXPECT_EQ(index.GetCurrentRecords(), 0u);
     EXPECT_EQ(index.GetRoot(), index.GetSentinel());
-    EXPECT_EQ(index.Find(key, record), Status::NotFound);
-    EXPECT_EQ(index.GetFirst(key, record), Status::NotFound);
-    EXPECT_EQ(index.GetLast(key, record), Status::NotFound);
-    EXPECT_EQ(index.GetNext(key, record), Status::NotFound);
-    EXPECT_EQ(index.GetPrevious(key, record), Status::NotFound);
-    EXPECT_EQ(index.GetFirstEqual(key, record, NumberField, FieldList::FullLength), Status::NotFound);
-    EXPECT_EQ(index.GetLastEqual(key, record, NameField, 1), Status::NotFound);
-    EXPECT_EQ(index.GetNextEqual(key, record, NumberField, FieldList::FullLength), Status::NotFound);
-    EXPECT_EQ(index.GetPreviousEqual(key, record, NumberField, FieldList::FullLength), Status::NotFound);
-    EXPECT_EQ(index.Remove(key), Status::Success);
-    EXPECT_EQ(index.CheckTree(), Status::Success);
-}
-
-TEST(RedBlackTree, DuplicatesOrderBySignedRecordIdAndAnUnsetTailOrdersFirst) {
-    TreeHarness harness(DuplicateSpecification(), 8, 8);
-    RedBlackTreeIndex& index = *harness.index;
-    index.Create();
-    for (const std::uint32_t record : {5u, 0x80000001u, 2u, 9u}) {
-        Key key;
-        SetKey(key, index, 3, "same", record);
-        ASSERT_EQ(index.Add(key, record), Status::Success);
+    for (const StatusCode status :
+         {index.Find(key, record), index.GetFirst(key, record), index.GetLast(key, record), index.GetNext(key, record),
+          index.GetPrevious(key, record), index.GetFirstEqual(key, record, NumberField, FieldList::FullLength),
+          index.GetLastEqual(key, record, NameField, 1), index.GetNextEqual(key, record, NameField, 0),
+          index.GetPreviousEqual(key, record, NumberField, FieldList::FullLength)}) {
+        EXPECT_EQ(status, Status::NotFound);
     }
-    EXPECT_EQ(WalkRecords(index, true), (std::vector<std::uint32_t>{0x80000001u, 2, 5, 9}));
-
-    Key unset;
-    SetKey(unset, index, 3, "same");
-    std::uint32_t record = 0;
-    EXPECT_EQ(index.Find(unset, record), Status::NotFound);
-    // Below every entry of these fields except the one with a negative id.
-    ASSERT_EQ(index.GetNext(unset, record), Status::Success);
-    EXPECT_EQ(record, 2u);
-    EXPECT_EQ(index.CheckTree(), Status::Success);
+    EXPECT_EQ(index.Remove(key), Status::Success);
+    TreeHarness unopened(DuplicateSpecification(), 4, 4);
+    EXPECT_EQ(unopened.index->Find(key, record), Status::NotOpen);
+    EXPECT_EQ(unopened.index->GetRoot(), RedBlackTreeIndex::NoEntry);
 }
 
-TEST(RedBlackTree, EqualKeysWithoutDuplicatePropertyLandBehindTheirEquals) {
+TEST_F(RedBlackTree, DuplicatesOrderBySignedRecordIdAndAnUnsetTailOrdersFirst) {
+    for (const std::uint32_t id : {5u, 0x80000001u, 2u, 9u}) AddKey(index, 3, "same", id);
+    EXPECT_EQ(WalkRecords(index, true), (std::vector<std::uint32_t>{0x80000001u, 2, 5, 9}));
+    SetKey(key, index, 3, "same");
+    EXPECT_EQ(index.Find(key, record), Status::NotFound);
+    // Below every entry of these fields but the one with a negative id.
+    ASSERT_EQ(index.GetNext(key, record), Status::Success);
+    EXPECT_EQ(record, 2u);
+}
+
+TEST(RedBlackTreeUnique, EqualKeysLandBehindTheirEquals) {
     TreeHarness harness(NumberNameSpecification(IndexSpecification::UniqueProperty, false), 8, 8);
     RedBlackTreeIndex& index = *harness.index;
     index.Create();
-    for (const auto& [number, record] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
-             {4, 1}, {2, 2}, {4, 3}, {6, 4}, {4, 5}}) {
-        Key key;
-        SetKey(key, index, number, "n");
-        ASSERT_EQ(index.Add(key, record), Status::Success);
+    for (const auto& [number, id] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{{4, 1}, {2, 2}, {4, 3}, {6, 4}, {4, 5}}) {
+        AddKey(index, number, "n", id);
     }
     Key key;
     SetKey(key, index, 4, "n");
@@ -167,55 +138,36 @@ TEST(RedBlackTree, EqualKeysWithoutDuplicatePropertyLandBehindTheirEquals) {
     EXPECT_EQ(record, 1u);
     ASSERT_EQ(index.GetLastEqual(key, record, NameField, FieldList::FullLength), Status::Success);
     EXPECT_EQ(record, 5u);
-    ASSERT_EQ(index.Find(key, record), Status::Success);
-    EXPECT_TRUE(record == 1 || record == 3 || record == 5);
     EXPECT_EQ(index.CheckTree(), Status::Success);
 }
 
-TEST(RedBlackTree, WalksStepOverRemovedKeysAndStopAtTheEnds) {
-    TreeHarness harness(DuplicateSpecification(), 4, 4);
-    RedBlackTreeIndex& index = *harness.index;
-    index.Create();
+TEST_F(RedBlackTree, WalksStepOverRemovedKeysAndStopAtTheEnds) {
     AddNumbers(index, {17, 11, 13, 10, 19, 12, 18, 14, 16, 15});
-
-    Key outside;
-    std::uint32_t record = 0;
-    SetKey(outside, index, 30, "n");
-    EXPECT_EQ(index.GetNext(outside, record), Status::NotFound);
-    ASSERT_EQ(index.GetPrevious(outside, record), Status::Success);
+    SetKey(key, index, 30, "n");
+    EXPECT_EQ(index.GetNext(key, record), Status::NotFound);
+    ASSERT_EQ(index.GetPrevious(key, record), Status::Success);
     EXPECT_EQ(record, 19u);
-    SetKey(outside, index, 5, "n");
-    EXPECT_EQ(index.GetPrevious(outside, record), Status::NotFound);
-    EXPECT_EQ(NumberOf(index, outside), 5u);  // a failed step leaves the key alone
+    SetKey(key, index, 5, "n");
+    EXPECT_EQ(index.GetPrevious(key, record), Status::NotFound);
+    EXPECT_EQ(NumberOf(index, key), 5u);  // a failed step leaves the key alone
 
     // Remove each key right after the walk reached it; the next step still finds its successor.
-    Key walker;
     std::vector<std::uint32_t> seen;
-    StatusCode status = index.GetFirst(walker, record);
-    while (status == Status::Success && seen.size() < 10) {
+    for (StatusCode status = index.GetFirst(key, record); status == Status::Success && seen.size() < 10;
+         status = index.GetNext(key, record)) {
         seen.push_back(record);
-        ASSERT_EQ(index.Remove(walker), Status::Success);
+        ASSERT_EQ(index.Remove(key), Status::Success);
         ASSERT_EQ(index.CheckTree(), Status::Success);
-        status = index.GetNext(walker, record);
     }
-    EXPECT_EQ(status, Status::NotFound);
     EXPECT_EQ(seen, (std::vector<std::uint32_t>{10, 11, 12, 13, 14, 15, 16, 17, 18, 19}));
     EXPECT_EQ(index.GetCurrentRecords(), 0u);
 }
 
-TEST(RedBlackTree, PrefixWalkStopsOnTheLastMatchAndRefusesBadArguments) {
-    TreeHarness harness(DuplicateSpecification(), 8, 8);
-    RedBlackTreeIndex& index = *harness.index;
-    index.Create();
-    const std::vector<std::pair<std::string, std::uint32_t>> names{{"abx", 1}, {"aby", 2}, {"ab", 3}, {"ac", 4}};
-    for (const auto& [name, record] : names) {
-        Key key;
-        SetKey(key, index, 1, name, record);
-        ASSERT_EQ(index.Add(key, record), Status::Success);
+TEST_F(RedBlackTree, PrefixWalkStopsOnTheLastMatchAndRefusesBadArguments) {
+    for (const auto& [name, id] : std::vector<std::pair<std::string, std::uint32_t>>{{"abx", 1}, {"aby", 2}, {"ab", 3}, {"ac", 4}}) {
+        AddKey(index, 1, name, id);
     }
-    Key key;
     SetKey(key, index, 1, "abz");
-    std::uint32_t record = 0;
     std::vector<std::uint32_t> found;
     StatusCode status = index.GetFirstEqual(key, record, NameField, 2);
     for (; status == Status::Success && found.size() < 4; status = index.GetNextEqual(key, record, NameField, 2)) {
@@ -223,13 +175,12 @@ TEST(RedBlackTree, PrefixWalkStopsOnTheLastMatchAndRefusesBadArguments) {
     }
     EXPECT_EQ(status, Status::NotFound);
     EXPECT_EQ(found, (std::vector<std::uint32_t>{3, 1, 2}));
-
+    // The key stays on the last match: its bytes and its cursor.
     Key last;
     SetKey(last, index, 1, "aby", 2);
     ASSERT_EQ(index.Find(last, record), Status::Success);
     EXPECT_EQ(key.GetCursor(), last.GetCursor());
-    EXPECT_EQ(std::vector<unsigned char>(key.GetData(), key.GetData() + index.GetKeySize()),
-              std::vector<unsigned char>(last.GetData(), last.GetData() + index.GetKeySize()));
+    EXPECT_TRUE(std::equal(key.GetData(), key.GetData() + index.GetKeySize(), last.GetData()));
 
     EXPECT_EQ(index.GetFirstEqual(key, record, ExtraField, FieldList::FullLength), Status::FieldMissing);
     EXPECT_EQ(index.GetNextEqual(key, record, 99, FieldList::FullLength), Status::FieldMissing);
@@ -238,42 +189,30 @@ TEST(RedBlackTree, PrefixWalkStopsOnTheLastMatchAndRefusesBadArguments) {
 
 // A cursor is a hint: one that names a free entry, another key's entry or the sentinel (whose key
 // bytes are zero, as are those of a managed key with nothing defined) changes no answer.
-TEST(RedBlackTree, StaleCursorsGiveTheAnswersOfNoCursor) {
-    TreeHarness harness(DuplicateSpecification(), 8, 8);
-    RedBlackTreeIndex& index = *harness.index;
-    index.Create();
+TEST_F(RedBlackTree, StaleCursorsGiveTheAnswersOfNoCursor) {
     AddNumbers(index, {1, 2, 3, 4});
     const std::uint32_t freed = EntryOf(index, 3);
     const std::uint32_t other = EntryOf(index, 1);
-    Key gone;
-    SetKey(gone, index, 3, "n", 3);
-    ASSERT_EQ(index.Remove(gone), Status::Success);
-
-    std::uint32_t record = 0;
+    SetKey(key, index, 3, "n", 3);
+    ASSERT_EQ(index.Remove(key), Status::Success);
     for (const std::uint32_t cursor : {freed, other, 1000u}) {
-        Key key;
-        SetKey(key, index, 3, "n", 3);
         key.SetCursor(cursor);
         EXPECT_EQ(index.Find(key, record), Status::NotFound);
         key.SetCursor(cursor);
         ASSERT_EQ(index.GetNext(key, record), Status::Success);
         EXPECT_EQ(record, 4u);
+        SetKey(key, index, 3, "n", 3);
     }
-    Key zero;
-    index.GetFieldList()->ResetData(zero.GetData());
-    EncodeU32(zero.GetData() + index.GetFieldList()->GetDataLength(), 0);
-    zero.SetCursor(index.GetSentinel());
-    EXPECT_EQ(index.Find(zero, record), Status::NotFound);
-    zero.SetCursor(index.GetSentinel());
-    EXPECT_EQ(index.Remove(zero), Status::Success);
+    index.GetFieldList()->ResetData(key.GetData());
+    EncodeU32(key.GetData() + index.GetFieldList()->GetDataLength(), 0);
+    key.SetCursor(index.GetSentinel());
+    EXPECT_EQ(index.Find(key, record), Status::NotFound);
+    EXPECT_EQ(index.Remove(key), Status::Success);
     EXPECT_EQ(index.GetCurrentRecords(), 3u);
     EXPECT_EQ(index.CheckTree(), Status::Success);
 }
 
-TEST(RedBlackTree, RemovingANodeWithTwoChildrenKeepsTheSuccessorsEntry) {
-    TreeHarness harness(DuplicateSpecification(), 8, 8);
-    RedBlackTreeIndex& index = *harness.index;
-    index.Create();
+TEST_F(RedBlackTree, RemovingANodeWithTwoChildrenKeepsTheSuccessorsEntry) {
     AddNumbers(index, {8, 4, 12, 2, 6, 10, 14, 1, 3, 5, 7, 9, 11, 13, 15});
     std::uint32_t rootNumber = 0;
     for (std::uint32_t number = 1; number <= 15; ++number) {
@@ -282,28 +221,25 @@ TEST(RedBlackTree, RemovingANodeWithTwoChildrenKeepsTheSuccessorsEntry) {
     ASSERT_NE(rootNumber, 0u);
     Key successor;
     SetKey(successor, index, rootNumber + 1, "n", rootNumber + 1);
-    std::uint32_t record = 0;
     ASSERT_EQ(index.Find(successor, record), Status::Success);
-    const std::uint32_t successorEntry = successor.GetCursor();
 
-    Key root;
-    SetKey(root, index, rootNumber, "n", rootNumber);
-    ASSERT_EQ(index.Remove(root), Status::Success);
+    SetKey(key, index, rootNumber, "n", rootNumber);
+    ASSERT_EQ(index.Remove(key), Status::Success);
     ASSERT_EQ(index.CheckTree(), Status::Success);
-    EXPECT_EQ(index.GetRoot(), successorEntry);
-    EXPECT_EQ(EntryOf(index, rootNumber + 1), successorEntry);
-    // The old cursor is still good: the step from it lands on the next key.
+    EXPECT_EQ(index.GetRoot(), successor.GetCursor());
+    EXPECT_EQ(EntryOf(index, rootNumber + 1), successor.GetCursor());
     ASSERT_EQ(index.GetNext(successor, record), Status::Success);
     EXPECT_EQ(record, rootNumber + 2);
 }
 
-TEST(RedBlackTree, AFullStoreRefusesAnAddAndLeavesTheTreeAlone) {
-    TreeHarness harness(DuplicateSpecification(), 4, 0);
-    RedBlackTreeIndex& index = *harness.index;
-    index.Create();
+class RedBlackTreeWithoutGrowth : public RedBlackTree {
+protected:
+    RedBlackTreeWithoutGrowth() : RedBlackTree(0) {}
+};
+
+TEST_F(RedBlackTreeWithoutGrowth, AFullStoreRefusesAnAddAndLeavesTheTreeAlone) {
     AddNumbers(index, {2, 1, 3});
     const std::uint32_t root = index.GetRoot();
-    Key key;
     SetKey(key, index, 4, "n", 4);
     EXPECT_EQ(index.Add(key, 4), Status::StoreFull);
     EXPECT_EQ(index.GetRoot(), root);
@@ -365,9 +301,7 @@ TEST_F(RedBlackTreeFiles, OpenRefusesOtherFilesAndLeavesTheIndexWithout) {
                                    const std::string& table, StatusCode status) {
         TreeHarness harness(specification, 2, 3);
         EXPECT_EQ(harness.index->Open(directory.Path(), table, expectedUuid), status);
-        Key key;
-        std::uint32_t record = 0;
-        EXPECT_EQ(harness.index->GetFirst(key, record), Status::NotOpen);
+        EXPECT_EQ(harness.index->CheckTree(), Status::NotOpen);
     };
     expectRefused(DuplicateSpecification(), uuid, "Missing", Status::NotFound);
     expectRefused(DuplicateSpecification(), Uuid(), "Items", Status::Invalid);
@@ -378,54 +312,37 @@ TEST_F(RedBlackTreeFiles, OpenRefusesOtherFilesAndLeavesTheIndexWithout) {
     EXPECT_EQ(harness.index->Open(directory.Path(), "Items", uuid), Status::Success);
 }
 
-// Offsets in the file of this index: user data behind the store header, entries behind it.
-struct FileLayout {
-    explicit FileLayout(const RedBlackTreeIndex& index) {
-        MessageBuilder builder;
-        EXPECT_EQ(index.GetSpecification().Serialize(builder), Status::Success);
-        rootOffset = FileHeaderSize + StoreHeaderSize + builder.GetLength();
-        firstEntry = rootOffset + 8;
-        stride = index.GetKeySize() + RedBlackTreeNode::HeaderSize + 8;
-    }
-    std::uint32_t NodeOffset(std::uint32_t entry) const { return firstEntry + entry * stride + 8; }
-
-    std::uint32_t rootOffset;
-    std::uint32_t firstEntry;
-    std::uint32_t stride;
-};
-
-TEST_F(RedBlackTreeFiles, DamagedLinksGiveAStatusNotAHang) {
+// Root and sentinel stand in the last 8 bytes of the user data, behind the specification; a node
+// behind the 8 bytes of its entry header.
+TEST_F(RedBlackTreeFiles, DamagedFilesGiveAStatusNotAHang) {
     CreateFilled();
-    TreeHarness harness(DuplicateSpecification(), 2, 3);
-    const FileLayout layout(*harness.index);
-    std::vector<unsigned char> bytes = ReadFile(FilePath());
+    const std::vector<unsigned char> original = ReadFile(FilePath());
+    MessageBuilder specification;
+    ASSERT_EQ(DuplicateSpecification().Serialize(specification), Status::Success);
+    const std::uint32_t rootOffset = FileHeaderSize + StoreHeaderSize + specification.GetLength();
+    const std::uint32_t stride = TreeHarness(DuplicateSpecification(), 2, 3).index->GetKeySize() + 8 + 20;
+    const auto openPatched = [&](TreeHarness& harness, std::uint32_t offset, std::uint32_t value) {
+        std::vector<unsigned char> bytes = original;
+        EncodeU32(bytes.data() + offset, value);
+        WriteFile(FilePath(), bytes);
+        return harness.index->Open(directory.Path(), "Items", uuid);
+    };
+    for (const std::uint32_t offset : {rootOffset, rootOffset + 4}) {
+        for (const std::uint32_t entry : {maxEntries - 1, 1000000u}) {  // a free entry, and none
+            TreeHarness harness(DuplicateSpecification(), 2, 3);
+            EXPECT_EQ(openPatched(harness, offset, entry), Status::Invalid) << offset << ", " << entry;
+        }
+    }
     // The root's left link names the root: a descent to the left would go round for ever.
-    EncodeU32(bytes.data() + layout.NodeOffset(root) + RedBlackTreeNode::LeftOffset, root);
-    WriteFile(FilePath(), bytes);
-    ASSERT_EQ(harness.index->Open(directory.Path(), "Items", uuid), Status::Success);
+    TreeHarness harness(DuplicateSpecification(), 2, 3);
+    const std::uint32_t rootLeft = rootOffset + 8 + root * stride + 8 + RedBlackTreeNode::LeftOffset;
+    ASSERT_EQ(openPatched(harness, rootLeft, root), Status::Success);
     Key key;
     SetKey(key, *harness.index, 0, "n", 0);
     std::uint32_t record = 0;
     EXPECT_EQ(harness.index->Find(key, record), Status::Invalid);
     EXPECT_EQ(harness.index->Add(key, 0), Status::Invalid);
     EXPECT_EQ(harness.index->CheckTree(), Status::Invalid);
-}
-
-TEST_F(RedBlackTreeFiles, ARootOrSentinelThatNamesNoEntryInUseIsRefused) {
-    CreateFilled();
-    const std::vector<unsigned char> original = ReadFile(FilePath());
-    const std::uint32_t freeEntry = maxEntries - 1;
-    for (const std::uint32_t slot : {0u, 4u}) {
-        for (const std::uint32_t entry : {freeEntry, 1000000u}) {
-            TreeHarness harness(DuplicateSpecification(), 2, 3);
-            const FileLayout layout(*harness.index);
-            std::vector<unsigned char> bytes = original;
-            EncodeU32(bytes.data() + layout.rootOffset + slot, entry);
-            WriteFile(FilePath(), bytes);
-            EXPECT_EQ(harness.index->Open(directory.Path(), "Items", uuid), Status::Invalid) << slot << ", " << entry;
-            EXPECT_EQ(harness.index->GetRoot(), RedBlackTreeIndex::NoEntry);
-        }
-    }
 }
 
 }  // namespace

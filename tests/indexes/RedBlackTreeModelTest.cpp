@@ -101,9 +101,7 @@ private:
         const ModelKey candidate = RandomKey();
         // Without the Duplicate property the tree's walks need distinct keys, as a table keeps them.
         if (!tree_.IsDuplicate() && model_.count(candidate) != 0) return;
-        Key key;
-        Fill(key, candidate);
-        ASSERT_EQ(tree_.Add(key, candidate.record), Status::Success);
+        AddKey(tree_, candidate.number, candidate.name, candidate.record);
         model_.emplace(candidate, candidate.record);
     }
 

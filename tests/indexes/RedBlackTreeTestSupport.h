@@ -78,6 +78,27 @@ inline void SetKey(Key& key, const RedBlackTreeIndex& index, std::uint32_t numbe
     key.SetCursor(RedBlackTreeIndex::NoEntry);
 }
 
+inline void AddKey(RedBlackTreeIndex& index, std::uint32_t number, const std::optional<std::string>& name,
+                   std::uint32_t recordId) {
+    Key key;
+    SetKey(key, index, number, name, recordId);
+    ASSERT_EQ(index.Add(key, recordId), Status::Success);
+}
+
+// Adds keys of the given numbers, each with the number as its record id and "n" as its name.
+inline void AddNumbers(RedBlackTreeIndex& index, const std::vector<std::uint32_t>& numbers) {
+    for (const std::uint32_t number : numbers) AddKey(index, number, "n", number);
+}
+
+// The entry number of the node of (number, "n"), as Find leaves it in the cursor.
+inline std::uint32_t EntryOf(RedBlackTreeIndex& index, std::uint32_t number) {
+    Key key;
+    SetKey(key, index, number, "n", number);
+    std::uint32_t record = 0;
+    EXPECT_EQ(index.Find(key, record), Status::Success);
+    return key.GetCursor();
+}
+
 inline std::uint32_t NumberOf(const RedBlackTreeIndex& index, const Key& key) {
     const void* value = nullptr;
     std::uint32_t length = 0;
