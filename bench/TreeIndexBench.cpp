@@ -61,6 +61,20 @@ std::vector<std::uint32_t> Shuffled(std::uint32_t count, std::uint32_t step) {
     return numbers;
 }
 
+// The numbers of the filled tree's keys, one after the other in a random order, round and round.
+class KeyCycle {
+public:
+    std::uint32_t Next() {
+        const std::uint32_t number = numbers_[next_];
+        next_ = next_ + 1 == numbers_.size() ? 0 : next_ + 1;
+        return number;
+    }
+
+private:
+    std::vector<std::uint32_t> numbers_ = Shuffled(KeyCount, 2);
+    std::size_t next_ = 0;
+};
+
 // Even key numbers 0 to 2N - 2, added in random order; odd numbers stay free for inserts.
 Tree& FilledTree() {
     static Tree* tree = [] {
@@ -92,28 +106,24 @@ BENCHMARK(BM_Build)->Iterations(1)->Unit(benchmark::kMillisecond);
 
 void BM_InsertRemove(benchmark::State& state) {
     Tree& tree = FilledTree();
-    const std::vector<std::uint32_t> numbers = Shuffled(KeyCount, 2);
+    KeyCycle numbers;
     Key key;
-    std::size_t next = 0;
     for (auto _ : state) {
-        tree.SetKey(key, numbers[next] + 1);
+        tree.SetKey(key, numbers.Next() + 1);
         tree.index->Add(key, 0);
         tree.index->Remove(key);
-        next = next + 1 == numbers.size() ? 0 : next + 1;
     }
 }
 BENCHMARK(BM_InsertRemove);
 
 void BM_Find(benchmark::State& state) {
     Tree& tree = FilledTree();
-    const std::vector<std::uint32_t> numbers = Shuffled(KeyCount, 2);
+    KeyCycle numbers;
     Key key;
     std::uint32_t record = 0;
-    std::size_t next = 0;
     for (auto _ : state) {
-        tree.SetKey(key, numbers[next]);
+        tree.SetKey(key, numbers.Next());
         benchmark::DoNotOptimize(tree.index->Find(key, record));
-        next = next + 1 == numbers.size() ? 0 : next + 1;
     }
 }
 BENCHMARK(BM_Find);
@@ -133,19 +143,17 @@ BENCHMARK(BM_Next);
 // All keys of one random group: GetFirstEqual on the group field, then GetNextEqual to the end.
 void BM_PrefixWalk(benchmark::State& state) {
     Tree& tree = FilledTree();
-    const std::vector<std::uint32_t> numbers = Shuffled(KeyCount, 2);
+    KeyCycle numbers;
     Key key;
     std::uint32_t record = 0;
-    std::size_t next = 0;
     std::int64_t keys = 0;
     for (auto _ : state) {
-        tree.SetKey(key, numbers[next]);
+        tree.SetKey(key, numbers.Next());
         StatusCode status = tree.index->GetFirstEqual(key, record, GroupField, FieldList::FullLength);
         while (status == Status::Success) {
             ++keys;
             status = tree.index->GetNextEqual(key, record, GroupField, FieldList::FullLength);
         }
-        next = next + 1 == numbers.size() ? 0 : next + 1;
     }
     state.SetItemsProcessed(keys);
 }
