@@ -32,6 +32,8 @@
 
 namespace Tavrin::Database {
 
+class Index;
+
 class Table : public ITable, public UserDataStore {
 public:
     // A growRecords value that means half of maxRecords.
@@ -186,6 +188,40 @@ protected:
 
     // Null for a table made without bit 1.
     IMutex* GetMutex() const noexcept { return mutex_.get(); }
+
+    // Reads and messages
+    // For a table built from a description that another process's table wrote (RemoteTable): takes
+    // the name, property bits and sizing as they are, makes a mutex whatever bit 1 says, and the
+    // field list through `makeFieldList` (DatabaseException 3 when it gives none). No store, no files.
+    void ConstructDescribed(const TableSpecification& specification, FieldListMaker makeFieldList);
+    // Appends an index at the next position and applies the primary rule by the index's own number:
+    // a primary unique index takes the place, a unique one takes it while it is free. The caller
+    // holds the mutex.
+    void AppendDescribedIndex(std::unique_ptr<IIndex> index);
+
+private:
+    // The index operation that one step of a key read calls; defined in TableRead.cpp.
+    enum class KeyStep : std::uint8_t;
+    static StatusCode StepIndex(Index& index, KeyStep step, Key& key, std::uint32_t& recordId,
+                                std::uint16_t fieldId, std::uint32_t length);
+    // The structure of the key's index, or null (status 27) for a key that is not initialized, is
+    // bound to another table or names no index of this one.
+    Index* GetKeyIndex(const Key& key) const noexcept;
+    // Binds `record` to this table and copies the stored image of `recordId` into it.
+    StatusCode FillFromStore(std::uint32_t recordId, Record& record);
+    // The key check, one index step and the copy into `record`; takes no lock.
+    StatusCode ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length);
+    // The one-record and batch frames of the key reads; each holds the mutex for the whole call.
+    StatusCode ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t fieldId = 0,
+                       std::uint32_t length = 0);
+    StatusCode ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
+                         std::uint32_t maxRecords, std::uint16_t fieldId = 0, std::uint32_t length = 0);
+    // The first step of a store walk (16 without an open store, 30 for GetNextRecord from no record),
+    // and a batch that goes on from the record found; both take no lock.
+    StatusCode StepStore(bool fromFirst, std::uint32_t& recordId, unsigned char*& image);
+    StatusCode CollectFromStore(std::uint32_t& recordId, unsigned char* image, std::vector<Record>& records,
+                                std::uint32_t maxRecords);
+    // End of reads and messages
 
 private:
     void SetFileNames(const std::string& directory);
