@@ -216,11 +216,13 @@ private:
                        std::uint32_t length = 0);
     StatusCode ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
                          std::uint32_t maxRecords, std::uint16_t fieldId = 0, std::uint32_t length = 0);
-    // The first step of a store walk (16 without an open store, 30 for GetNextRecord from no record),
-    // and a batch that goes on from the record found; both take no lock.
+    // The first step of a store walk: 30 for a next step from no record, 16 without an open store,
+    // else the store's GetFirst or GetNext. Takes no lock.
     StatusCode StepStore(bool fromFirst, std::uint32_t& recordId, unsigned char*& image);
-    StatusCode CollectFromStore(std::uint32_t& recordId, unsigned char* image, std::vector<Record>& records,
-                                std::uint32_t maxRecords);
+    // The one-record and batch frames of the store walks; each holds the mutex for the whole call.
+    StatusCode ReadStore(bool fromFirst, std::uint32_t& recordId, Record& record);
+    StatusCode ReadStoreBatch(bool fromFirst, std::uint32_t& recordId, std::vector<Record>& records,
+                              std::uint32_t maxRecords);
     // End of reads and messages
 
 private:
