@@ -1,6 +1,7 @@
 #include "tables/ManagedTable.h"
 
-#include "base/Throw.h"
+#include "base/DatabaseException.h"
+#include "base/MutexHolder.h"
 #include "records/ManagedFieldListFactory.h"
 
 namespace Tavrin::Database {
@@ -13,12 +14,17 @@ FieldList* ManagedTable::MakeFieldList(const std::vector<FieldSpecification>& fi
     return ManagedFieldListFactory::GetInstance().Create(fields);
 }
 
-void ManagedTable::CreateIndexes(std::vector<IndexSpecification>&) {
-    ThrowStatus("Tavrin::Database::ManagedTable::CreateIndexes", Status::NotAvailable);  // not available yet
+void ManagedTable::CreateIndexes(std::vector<IndexSpecification>& specifications) {
+    MutexHolder holder(GetMutex());
+    Table::CreateIndexes(specifications, ManagedFieldListFactory::GetInstance());
 }
 
-void ManagedTable::CreateTemporaryIndex(IndexSpecification&) {
-    ThrowStatus("Tavrin::Database::ManagedTable::CreateTemporaryIndex", Status::NotAvailable);  // not available yet
+void ManagedTable::CreateTemporaryIndex(IndexSpecification& specification) {
+    MutexHolder holder(GetMutex());
+    if (GetPrimaryIndex() == NoIndex) {
+        ThrowDatabase("Tavrin::Database::ManagedTable::CreateTemporaryIndex", DatabaseException::AllocateIndex);
+    }
+    CreateIndex(specification, ManagedFieldListFactory::GetInstance());
 }
 
 }  // namespace Tavrin::Database

@@ -15,7 +15,10 @@ public:
     // Deletes the indexes and the store while the layout is still known, then the rest as Table.
     ~ManagedTable() override;
 
-    // Building indexes comes with the index structures; both throw StatusCodeException 13 for now.
+    // Both hold the mutex for the whole call and give the indexes key lists of this table's layout.
+    // CreateIndexes runs once, on an open store, and gives the store and every index a new Uuid.
+    // CreateTemporaryIndex adds one index to a table that has a primary index (else
+    // DatabaseException 4), under the store's current Uuid.
     void CreateIndexes(std::vector<IndexSpecification>& specifications) override;
     void CreateTemporaryIndex(IndexSpecification& specification) override;
 

@@ -32,6 +32,7 @@
 
 namespace Tavrin::Database {
 
+class IFieldListFactory;
 class Index;
 
 class Table : public ITable, public UserDataStore {
@@ -224,6 +225,63 @@ private:
     StatusCode ReadStoreBatch(bool fromFirst, std::uint32_t& recordId, std::vector<Record>& records,
                               std::uint32_t maxRecords);
     // End of reads and messages
+
+    // Index management and writes
+protected:
+    // The work of a derived class's CreateIndexes and CreateTemporaryIndex, which hold the mutex and
+    // pass the field list factory of the table's layout for the key lists.
+    // CreateIndexes: DatabaseException 12 when the table has indexes, 10 when the store is not open;
+    // then CreateIndex for each specification in order, and a fresh Uuid on the store and on every
+    // index. A failing CreateIndex leaves the indexes made before it, with the old Uuid.
+    void CreateIndexes(std::vector<IndexSpecification>& specifications, const IFieldListFactory& fieldListFactory);
+    // Checks `specification` against the existing indexes (DatabaseException 12 for a repeated name,
+    // a second primary unique index or no key fields), writes the next number into it, makes the
+    // index (11 for a hash index, 12 for an unknown type, 4 when none can be allocated) and brings
+    // its files into line with the records (InitializeIndex). On failure the table has the indexes
+    // it had before, and the failed index leaves no file that a later open would trust.
+    void CreateIndex(IndexSpecification& specification, const IFieldListFactory& fieldListFactory);
+
+private:
+    // The structure behind index `number`; every index a table holds derives from Index.
+    Index& IndexAt(std::uint16_t number) const noexcept;
+    std::unique_ptr<Index> MakeIndex(const IndexSpecification& specification,
+                                     const IFieldListFactory& fieldListFactory) const;
+    // Opens the index's files with the store's Uuid, or creates them and, when the store holds
+    // records, rebuilds the index from them; then the primary index rule. Throws what the index
+    // throws, and StatusCodeException 26 for a key that a rebuild meets twice.
+    void InitializeIndex(Index& index);
+    void RebuildIndex(Index& index);
+    // Takes the newest index off the table after a failed InitializeIndex and removes its files.
+    void DiscardNewestIndex() noexcept;
+    // A primary unique index takes the primary place; a unique one takes it while it is free.
+    void ApplyPrimaryRule(const IIndex& index) noexcept;
+
+    // The one routine behind the three WriteRecord forms; at most one of the pointers is given.
+    StatusCode Write(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds);
+    // The update of a record whose id is in use and whose key fields are unchanged: no index is
+    // touched. False, with nothing done, when the write must take the key path.
+    bool WriteInPlace(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds,
+                      StatusCode& status);
+    StatusCode WriteByKey(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds);
+    bool HasKeyFieldChanged(const unsigned char* image, const unsigned char* stored) const;
+    // Copies the listed fields of `source` into `target`, in list order; 14 unless both are initialized.
+    StatusCode MergeFields(Record& target, const Record& source, const std::vector<std::uint16_t>& fieldIds) const;
+    // Binds `key` to index `number` and builds it from a record image and its id.
+    StatusCode MakeIndexKey(Key& key, std::uint16_t number, const unsigned char* image, std::uint32_t id);
+    // Stores a new record and adds its key to every index; a failure is undone and is the result.
+    StatusCode AddNewRecord(Record* previous, Record& record);
+    StatusCode InsertKeys(const unsigned char* image, std::uint32_t id, std::uint16_t& inserted);
+    StatusCode UndoInsertKeys(const unsigned char* image, std::uint32_t id, std::uint16_t inserted,
+                              StatusCode failure);
+    // Replaces the record `id` that the primary key found, moving the keys of the other indexes
+    // whose key changed; a failure is undone and is the result.
+    StatusCode AddExistingRecord(Record* previous, Record& record, std::uint32_t id);
+    StatusCode MoveKeys(const unsigned char* image, const unsigned char* stored, std::uint32_t id,
+                        std::uint16_t& failedAt);
+    StatusCode UndoMoveKeys(const unsigned char* image, const unsigned char* stored, std::uint32_t id,
+                            std::uint16_t failedAt, StatusCode failure);
+    StatusCode Remove(Key& key, Record* removed);
+    // End of index management and writes
 
 private:
     void SetFileNames(const std::string& directory);

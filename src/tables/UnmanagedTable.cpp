@@ -1,6 +1,7 @@
 #include "tables/UnmanagedTable.h"
 
-#include "base/Throw.h"
+#include "base/DatabaseException.h"
+#include "base/MutexHolder.h"
 #include "records/UnmanagedFieldListFactory.h"
 
 namespace Tavrin::Database {
@@ -14,12 +15,17 @@ FieldList* UnmanagedTable::MakeFieldList(const std::vector<FieldSpecification>& 
     return UnmanagedFieldListFactory::GetInstance().Create(fields, recordLength);
 }
 
-void UnmanagedTable::CreateIndexes(std::vector<IndexSpecification>&) {
-    ThrowStatus("Tavrin::Database::UnmanagedTable::CreateIndexes", Status::NotAvailable);  // not available yet
+void UnmanagedTable::CreateIndexes(std::vector<IndexSpecification>& specifications) {
+    MutexHolder holder(GetMutex());
+    Table::CreateIndexes(specifications, UnmanagedFieldListFactory::GetInstance());
 }
 
-void UnmanagedTable::CreateTemporaryIndex(IndexSpecification&) {
-    ThrowStatus("Tavrin::Database::UnmanagedTable::CreateTemporaryIndex", Status::NotAvailable);  // not available yet
+void UnmanagedTable::CreateTemporaryIndex(IndexSpecification& specification) {
+    MutexHolder holder(GetMutex());
+    if (GetPrimaryIndex() == NoIndex) {
+        ThrowDatabase("Tavrin::Database::UnmanagedTable::CreateTemporaryIndex", DatabaseException::AllocateIndex);
+    }
+    CreateIndex(specification, UnmanagedFieldListFactory::GetInstance());
 }
 
 }  // namespace Tavrin::Database
