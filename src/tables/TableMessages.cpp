@@ -56,12 +56,9 @@ void Table::ConstructDescribed(const TableSpecification& specification, FieldLis
 }
 
 void Table::AppendDescribedIndex(std::unique_ptr<IIndex> index) {
-    const std::uint16_t number = index->GetNumber();
-    const bool primaryUnique = index->IsPrimaryUnique();
-    const bool unique = index->IsUnique();
     indexes_.push_back(std::move(index));
     ++numberOfIndexes_;
-    if (primaryUnique || (unique && primaryIndex_ == NoIndex)) primaryIndex_ = number;
+    ApplyPrimaryRule(*indexes_.back());
 }
 
 StatusCode Table::SerializeRecords(MessageBuilder& builder, const std::vector<unsigned char>& statuses,

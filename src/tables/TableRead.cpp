@@ -45,8 +45,7 @@ StatusCode Table::StepIndex(Index& index, KeyStep step, Key& key, std::uint32_t&
 Index* Table::GetKeyIndex(const Key& key) const noexcept {
     if (!key.IsInitialized() || !key.GetTableToken().IsSame(GetIdentityToken())) return nullptr;
     if (key.GetIndexNumber() >= numberOfIndexes_) return nullptr;
-    // Every index a table holds is a structure derived from Index; IIndex is what keys see of it.
-    return static_cast<Index*>(indexes_[key.GetIndexNumber()].get());
+    return &IndexAt(key.GetIndexNumber());
 }
 
 StatusCode Table::FillFromStore(std::uint32_t recordId, Record& record) {
