@@ -249,7 +249,7 @@ StatusCode Table::MoveKeys(const unsigned char* image, const unsigned char* stor
         if (index.Find(newKey, foundId) != Status::NotFound) return Status::IndexConflict;
         status = index.Remove(oldKey);
         if (status != Status::Success) return status;
-        status = index.Add(newKey, id);
+        status = StatusOf([&] { return index.Add(newKey, id); });
         if (status != Status::Success) {
             // The old key goes back, so that this index too is as it was.
             const StatusCode restored = index.Add(oldKey, id);
