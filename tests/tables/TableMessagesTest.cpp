@@ -36,6 +36,10 @@ Record MakeRecord(ITable& table, std::int32_t age, std::uint32_t code, std::uint
     return record;
 }
 
+std::vector<Record> ThreeRecords(ITable& table) {
+    return {MakeRecord(table, 1, 2, 0), MakeRecord(table, 3, 4, 1), MakeRecord(table, 5, 6, 2)};
+}
+
 Key MakeKey(ITable& table, std::uint16_t indexNumber, std::uint32_t id, std::uint32_t recordId) {
     Key key(&table, indexNumber);
     if (indexNumber == 0) {
@@ -92,8 +96,7 @@ TEST(TableMessages, StatusesAndRecordsHaveTheirExactForm) {
 
 TEST(TableMessages, RecordsCutAtAnyLengthLeaveTheVectorAtItsOldLength) {
     const auto table = PlainTable();
-    const std::vector<Record> records{MakeRecord(*table, 1, 2, 0), MakeRecord(*table, 3, 4, 1),
-                                      MakeRecord(*table, 5, 6, 2)};
+    const std::vector<Record> records = ThreeRecords(*table);
     MessageBuilder plain;
     ASSERT_EQ(table->SerializeRecords(plain, records), Status::Success);
     MessageBuilder withStatuses;
@@ -117,8 +120,7 @@ TEST(TableMessages, RecordsCutAtAnyLengthLeaveTheVectorAtItsOldLength) {
 
 TEST(TableMessages, ADamagedRecordLeavesTheVectorAtItsOldLength) {
     const auto table = PlainTable();
-    const std::vector<Record> records{MakeRecord(*table, 1, 2, 0), MakeRecord(*table, 3, 4, 1),
-                                      MakeRecord(*table, 5, 6, 2)};
+    const std::vector<Record> records = ThreeRecords(*table);
     MessageBuilder builder;
     ASSERT_EQ(table->SerializeRecords(builder, records), Status::Success);
     const Bytes message = ToBytes(builder);
