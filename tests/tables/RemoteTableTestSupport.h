@@ -1,7 +1,6 @@
 #pragma once
-// Helpers of the tests of remote tables and of table messages: the description message that a
-// table writes with SerializeSpecification, put together by hand so that it can carry any indexes,
-// and the remote table built from it.
+// Helpers of the read, message and remote table tests: a People table, tree index descriptions,
+// messages as byte vectors, and remote tables built from a description.
 
 #include <gtest/gtest.h>
 
@@ -14,8 +13,8 @@
 #include "base/MessageValidator.h"
 #include "records/FieldSpecification.h"
 #include "schema/IndexSpecification.h"
-#include "schema/TableSpecification.h"
 #include "tables/ITable.h"
+#include "tables/ManagedTableFactory.h"
 #include "tables/RemoteTableFactory.h"
 
 namespace Tavrin::Database::Testing {
@@ -29,28 +28,28 @@ inline std::vector<FieldSpecification> PersonFields() {
             FieldSpecification(3, "Score", FieldSpecification::SInt, 4, 14, 0)};
 }
 
-inline TableSpecification PersonTable() { return TableSpecification("People", 0, PersonFields(), 10, 5, 0xFFFFFFFF); }
-
-// A tree index on `fields` (ascending) with `properties`, numbered `number`.
+// A tree index on `fields`, all ascending.
 inline IndexSpecification TreeIndex(const std::string& name, std::uint32_t properties,
-                                    const std::vector<std::uint16_t>& fields, std::uint16_t number) {
+                                    const std::vector<std::uint16_t>& fields) {
     std::vector<IndexSpecification::Field> keyFields;
     for (std::uint16_t id : fields) keyFields.emplace_back(id, 0);
-    IndexSpecification specification(name, IndexSpecification::RedBlack, properties, keyFields);
-    specification.SetNumber(number);
-    return specification;
+    return IndexSpecification(name, IndexSpecification::RedBlack, properties, keyFields);
+}
+
+// A managed People table without files, with a primary unique index on Id (0) and a duplicate
+// index on Score and Name (1).
+inline std::unique_ptr<ITable> MakePeople(std::uint32_t properties, std::uint32_t maxRecords = 16) {
+    std::unique_ptr<ITable> table(
+        ManagedTableFactory::GetInstance().Create("People", properties, PersonFields(), maxRecords, 0xFFFFFFFF,
+                                                  0xFFFFFFFF));
+    std::vector<IndexSpecification> indexes{TreeIndex("ById", IndexSpecification::PrimaryUniqueProperty, {1}),
+                                            TreeIndex("ByScoreName", IndexSpecification::DuplicateProperty, {3, 2})};
+    table->CreateIndexes(indexes);
+    return table;
 }
 
 inline Bytes ToBytes(const MessageBuilder& builder) {
     return Bytes(builder.GetBuffer(), builder.GetBuffer() + builder.GetLength());
-}
-
-inline Bytes DescriptionMessage(const TableSpecification& table, const std::vector<IndexSpecification>& indexes) {
-    MessageBuilder builder;
-    EXPECT_EQ(table.Serialize(builder, TableSpecification::CurrentVersion), Status::Success);
-    EXPECT_EQ(builder.AppendUInt32(static_cast<std::uint32_t>(indexes.size())), Status::Success);
-    for (const IndexSpecification& index : indexes) EXPECT_EQ(index.Serialize(builder), Status::Success);
-    return ToBytes(builder);
 }
 
 inline Bytes DescriptionOf(ITable& table) {
@@ -62,13 +61,6 @@ inline Bytes DescriptionOf(ITable& table) {
 inline std::unique_ptr<ITable> MakeRemote(const Bytes& message) {
     MessageValidator validator(message.data(), static_cast<std::uint32_t>(message.size()));
     return std::unique_ptr<ITable>(RemoteTableFactory::GetInstance().Create(validator));
-}
-
-// A remote People table with a primary unique index on Id (0) and a duplicate index on Score (1).
-inline std::unique_ptr<ITable> MakeRemotePeople() {
-    return MakeRemote(DescriptionMessage(
-        PersonTable(), {TreeIndex("ById", IndexSpecification::PrimaryUniqueProperty, {1}, 0),
-                        TreeIndex("ByScore", IndexSpecification::DuplicateProperty, {3}, 1)}));
 }
 
 }  // namespace Tavrin::Database::Testing
