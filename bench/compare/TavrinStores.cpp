@@ -1,0 +1,196 @@
+// Our table as a W1 store: fields key UInt 8, counter UInt 4, number SInt 8, text TextArray 44, a
+// primary unique red-black tree index on the key, no mutex (one thread), sized for N records up
+// front. Managed or unmanaged (64 bytes, fields packed from offset 0), without a directory
+// (temporary mapped files) or with one.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "StoreRegistry.h"
+#include "indexes/IIndex.h"
+#include "records/Key.h"
+#include "records/Record.h"
+#include "schema/IndexSpecification.h"
+#include "tables/ITable.h"
+#include "tables/ManagedTableFactory.h"
+#include "tables/UnmanagedTableFactory.h"
+
+namespace Tavrin::Compare {
+
+namespace {
+
+using namespace Tavrin::Database;
+
+constexpr std::uint16_t KeyField = 1;
+constexpr std::uint16_t CounterField = 2;
+constexpr std::uint16_t NumberField = 3;
+constexpr std::uint16_t TextField = 4;
+constexpr std::uint32_t UnmanagedLength = 64;
+// Property bit 0 makes the record file (a temporary one without a directory); bit 1, a mutex, stays
+// off: one thread uses the table.
+constexpr std::uint32_t CreateRecordFile = 1;
+constexpr std::uint32_t HalfOfMax = 0xFFFFFFFF;
+constexpr std::uint32_t WholeStoreInMemory = 0xFFFFFFFF;
+constexpr std::uint32_t ScanBatch = 1024;
+
+enum class Layout { Managed, Unmanaged };
+
+std::vector<FieldSpecification> W1Fields() {
+    // The offsets are those of the unmanaged layout; the managed one places fields itself.
+    return {FieldSpecification(KeyField, "Key", FieldSpecification::UInt, 8, 0, 0),
+            FieldSpecification(CounterField, "Counter", FieldSpecification::UInt, 4, 8, 0),
+            FieldSpecification(NumberField, "Number", FieldSpecification::SInt, 8, 12, 0),
+            FieldSpecification(TextField, "Text", FieldSpecification::TextArray, TextSize, 20, 0)};
+}
+
+// An empty directory asks for a table in temporary mapped files.
+ITable* MakeTable(Layout layout, const std::string& directory, std::uint32_t n) {
+    const auto& managed = ManagedTableFactory::GetInstance();
+    const auto& unmanaged = UnmanagedTableFactory::GetInstance();
+    if (directory.empty()) {
+        return layout == Layout::Managed
+                   ? managed.Create("W1", CreateRecordFile, W1Fields(), n, HalfOfMax, WholeStoreInMemory)
+                   : unmanaged.Create("W1", CreateRecordFile, W1Fields(), n, UnmanagedLength, HalfOfMax, WholeStoreInMemory);
+    }
+    return layout == Layout::Managed
+               ? managed.Create("W1", directory, CreateRecordFile, W1Fields(), n, HalfOfMax, WholeStoreInMemory)
+               : unmanaged.Create("W1", directory, CreateRecordFile, W1Fields(), n, UnmanagedLength, HalfOfMax,
+                                  WholeStoreInMemory);
+}
+
+void Require(StatusCode status, const char* what) {
+    if (status != Status::Success) throw CompareError(std::string(what) + ": status " + std::to_string(status));
+}
+
+class TavrinStore {
+public:
+    static constexpr bool Ordered = true;
+
+    TavrinStore(std::uint64_t n, Layout layout, const std::string& directory) {
+        table_.reset(MakeTable(layout, directory, static_cast<std::uint32_t>(n)));
+        std::vector<IndexSpecification> indexes{IndexSpecification("ByKey", IndexSpecification::RedBlack,
+                                                                   IndexSpecification::PrimaryUniqueProperty,
+                                                                   {IndexSpecification::Field(KeyField, 0)})};
+        table_->CreateIndexes(indexes);
+        record_ = Record(table_.get());
+        key_ = Key(table_.get(), 0);
+        list_ = record_.GetFieldList();
+        keyList_ = key_.GetFieldList();
+    }
+
+    void Begin(Phase) {}
+    void End(Phase) {}
+
+    void Insert(std::uint64_t key, const Value& value) {
+        Require(table_->ResetRecord(record_), "reset");
+        unsigned char* data = record_.GetData();
+        Require(list_->SetField(data, KeyField, key), "set key");
+        Require(list_->SetField(data, CounterField, value.counter), "set counter");
+        Require(list_->SetField(data, NumberField, value.number), "set number");
+        Require(list_->SetField(data, TextField, value.text.data(), TextSize), "set text");
+        Require(table_->WriteRecord(record_), "insert");
+    }
+
+    bool Get(std::uint64_t key, Value& value) {
+        if (!Find(key)) return false;
+        const unsigned char* data = record_.GetData();
+        std::uint32_t length = 0;
+        Require(list_->GetField(data, CounterField, value.counter), "get counter");
+        Require(list_->GetField(data, NumberField, value.number), "get number");
+        Require(list_->GetField(data, TextField, value.text.data(), TextSize, length), "get text");
+        return true;
+    }
+
+    bool Update(std::uint64_t key) {
+        if (!Find(key)) return false;
+        std::uint32_t counter = 0;
+        Require(list_->GetField(record_.GetData(), CounterField, counter), "get counter");
+        Require(list_->SetField(record_.GetData(), CounterField, counter + 1), "set counter");
+        // The record keeps the id GetEqual gave it and its key, so the table rewrites it in place.
+        Require(table_->WriteRecord(record_), "update");
+        return true;
+    }
+
+    bool Remove(std::uint64_t key) {
+        SetKey(key);
+        const StatusCode status = table_->RemoveRecord(key_);
+        if (status == Status::NotFound) return false;
+        Require(status, "remove");
+        return true;
+    }
+
+    // GetFirst, then GetNext, a batch of records at a time.
+    template <class Visit>
+    void Scan(Visit&& visit) {
+        Key walk(table_.get(), 0);
+        std::vector<Record> batch;
+        batch.reserve(ScanBatch);
+        StatusCode status = table_->GetFirst(walk, batch, ScanBatch);
+        while (status == Status::Success) {
+            for (const Record& record : batch) {
+                std::uint64_t key = 0;
+                std::uint32_t counter = 0;
+                std::int64_t number = 0;
+                Require(list_->GetField(record.GetData(), KeyField, key), "scan key");
+                Require(list_->GetField(record.GetData(), CounterField, counter), "scan counter");
+                Require(list_->GetField(record.GetData(), NumberField, number), "scan number");
+                visit(key, counter, number);
+            }
+            batch.clear();
+            status = table_->GetNext(walk, batch, ScanBatch);
+        }
+    }
+
+    std::uint64_t Count() {
+        std::uint32_t count = 0;
+        Require(table_->GetCurrentRecords(count), "count");
+        return count;
+    }
+
+    // What the records and the tree's nodes take at the least: the record image and one node
+    // (20 bytes of links, colour and record id, then the key image) for each record.
+    double ModelBytesPerRecord() {
+        IIndex* index = nullptr;
+        Require(table_->GetIndex(0, index), "index");
+        return table_->GetRecordLength() + 20.0 + index->GetKeySize();
+    }
+
+private:
+    void SetKey(std::uint64_t key) { Require(keyList_->SetField(key_.GetData(), KeyField, key), "set key"); }
+
+    bool Find(std::uint64_t key) {
+        SetKey(key);
+        const StatusCode status = table_->GetEqual(key_, record_);
+        if (status == Status::NotFound) return false;
+        Require(status, "get");
+        return true;
+    }
+
+    std::unique_ptr<ITable> table_;
+    Record record_;
+    Key key_;
+    const FieldList* list_ = nullptr;
+    const FieldList* keyList_ = nullptr;
+};
+
+void AddTavrin(std::vector<StoreEntry>& stores, const char* name, Layout layout, bool inDirectory,
+               const std::string& settings) {
+    stores.push_back({name, settings, [layout, inDirectory](std::uint64_t n, const std::string& directory) {
+                          return RunW1<TavrinStore>(n, layout, inDirectory ? directory : std::string());
+                      }});
+}
+
+}  // namespace
+
+void AddTavrinStores(std::vector<StoreEntry>& stores) {
+    const std::string common = "primary unique red-black tree on the key, no mutex, maxRecords N";
+    AddTavrin(stores, "tavrin", Layout::Managed, false, "managed table, temporary mapped files, " + common);
+    AddTavrin(stores, "tavrin-dir", Layout::Managed, true, "managed table in a directory, " + common);
+    AddTavrin(stores, "tavrin-unmanaged", Layout::Unmanaged, false,
+              "unmanaged table of 64 bytes, temporary mapped files, " + common);
+    AddTavrin(stores, "tavrin-unmanaged-dir", Layout::Unmanaged, true,
+              "unmanaged table of 64 bytes in a directory, " + common);
+}
+
+}  // namespace Tavrin::Compare
