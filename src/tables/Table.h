@@ -280,6 +280,7 @@ private:
                         std::uint16_t& failedAt);
     StatusCode UndoMoveKeys(const unsigned char* image, const unsigned char* stored, std::uint32_t id,
                             std::uint16_t failedAt, StatusCode failure);
+    // The two RemoveRecord forms; `removed`, when given, receives the record.
     StatusCode Remove(Key& key, Record* removed);
     // End of index management and writes
 

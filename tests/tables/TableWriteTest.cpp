@@ -242,6 +242,19 @@ TEST(TableWrite, FailedUpdateIsUndoneAndTheFailingIndexGetsItsOldKeyBack) {
     ExpectIndexesMatchStore(table);
 }
 
+TEST(TableWrite, RemovalGoesOnPastAFailingIndex) {
+    FaultyTable table;
+    WriteAll(table, {{1, 10, 5, 50}, {2, 20, 5, 40}});
+    table.Faulty(kByCode).remove = Fault{0, Status::Invalid};
+    Record record = ToRecord(table, Person{1});
+    Key key(kById, record);
+    EXPECT_EQ(table.RemoveRecord(key), Status::Invalid);
+    EXPECT_EQ(Count(table), 1u);
+    EXPECT_EQ(WalkIndex(table, kById).size(), 1u);
+    EXPECT_EQ(WalkIndex(table, kByCode).size(), 2u) << "only the failing index keeps the key";
+    EXPECT_EQ(WalkIndex(table, kByGroup).size(), 1u);
+}
+
 TEST(TableWrite, UpdateOfNonKeyFieldsTouchesNoIndex) {
     FaultyTable table;
     WriteAll(table, {{1, 10, 5, 50}});
