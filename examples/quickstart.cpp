@@ -1,6 +1,10 @@
-// A tour of TavrinDatabase: lay out records from field specifications, write and read fields, send
-// a record through a message, and keep records in a mapped store that survives close and open.
+// A tour of TavrinDatabase: lay out records from field specifications, write and read typed fields,
+// order records by a descending key, keep records in a mapped store, and then the real thing: a table
+// in a directory with a primary and a secondary index, read by key, walked both ways and by prefix,
+// updated, removed, closed and opened again, and described to a remote table through a message.
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -103,12 +107,189 @@ void StoreSurvivesCloseAndOpen() {
     std::filesystem::remove_all(directory);
 }
 
+// Typed values: integers by width, text, dates and decimals; a key with a descending field.
+void TypedFieldsAndOrdering() {
+    const std::vector<FieldSpecification> specs = {
+        FieldSpecification(1, "Id", FieldSpecification::UInt, 4, 0, 0),
+        FieldSpecification(2, "Joined", FieldSpecification::Date, 3, 0, 0),
+        FieldSpecification(3, "Balance", FieldSpecification::Rational, 9, 0, FieldSpecification::DescendingProperty),
+        FieldSpecification(4, "Name", FieldSpecification::TextString, 20, 0, 0),
+    };
+    std::unique_ptr<FieldList> fields(ManagedFieldListFactory::GetInstance().Create(specs));
+    const std::uint32_t length = fields->GetDataLength();
+    std::vector<std::vector<unsigned char>> images;
+    const std::int64_t cents[] = {1250, -300, 99999, 4200};
+    for (std::uint32_t i = 0; i < 4; ++i) {
+        std::vector<unsigned char> image(length);
+        fields->ResetData(image.data());
+        Check(fields->SetField(image.data(), 1, static_cast<std::uint32_t>(100 + i)), "set Id");
+        Date joined;
+        Check(joined.Set(2026, 1 + i, 15), "make date");
+        Check(fields->SetField(image.data(), 2, joined), "set Joined");
+        Rational balance;
+        Check(balance.Set(cents[i], 2), "make balance");  // denominator code 2: two decimals
+        Check(fields->SetField(image.data(), 3, balance), "set Balance");
+        Check(fields->SetField(image.data(), 4, std::string("customer ") + std::to_string(i)), "set Name");
+        images.push_back(std::move(image));
+    }
+    // To order by Balance, descending, copy it into a one-field key layout whose field carries the
+    // descending bit, and compare those keys.
+    std::unique_ptr<FieldList> key(ManagedFieldListFactory::GetInstance().Create(
+        {FieldSpecification(3, "Balance", FieldSpecification::Rational, 9, 0, FieldSpecification::DescendingProperty)}));
+    std::vector<std::vector<unsigned char>> keys;
+    for (const auto& image : images) {
+        std::vector<unsigned char> k(key->GetDataLength());
+        key->ResetData(k.data());
+        Check(key->CopyFields(k.data(), *fields, image.data(), true), "copy key");
+        keys.push_back(std::move(k));
+    }
+    std::vector<std::size_t> order = {0, 1, 2, 3};
+    std::sort(order.begin(), order.end(),
+              [&](std::size_t a, std::size_t b) { return key->CompareKey(keys[a].data(), keys[b].data()) < 0; });
+    std::printf("records by descending balance:\n");
+    for (std::size_t i : order) std::printf("  %s\n", fields->ToLogString(images[i].data()).c_str());
+    std::printf("the first one in full:\n%s", fields->ToString(images[order[0]].data()).c_str());
+}
+
+enum : std::uint16_t { IdField = 1, CityField = 2, ScoreField = 3, NoteField = 4 };
+
+ITable* OpenPeopleTable(const std::string& directory) {
+    const std::vector<FieldSpecification> fields = {
+        FieldSpecification(IdField, "Id", FieldSpecification::UInt, 4, 0, 0),
+        FieldSpecification(CityField, "City", FieldSpecification::TextString, 16, 0, 0),
+        FieldSpecification(ScoreField, "Score", FieldSpecification::SInt, 4, 0, 0),
+        FieldSpecification(NoteField, "Note", FieldSpecification::TextString, 32, 0, 0),
+    };
+    const std::uint32_t properties = TableSpecification::CreateRecordFileProperty | TableSpecification::CreateMutexProperty;
+    ITable* table = ManagedTableFactory::GetInstance().Create("People", directory, properties, fields, 1024, 1024,
+                                                              TableSpecification::CacheAll);
+    // Index 0: primary unique on Id. Index 1: by city, and within a city by descending score.
+    std::vector<IndexSpecification> indexes = {
+        IndexSpecification("ById", IndexSpecification::RedBlack, IndexSpecification::PrimaryUniqueProperty,
+                           {IndexSpecification::Field(IdField, 0)}),
+        IndexSpecification("ByCityScore", IndexSpecification::RedBlack, IndexSpecification::DuplicateProperty,
+                           {IndexSpecification::Field(CityField, 0),
+                            IndexSpecification::Field(ScoreField, FieldSpecification::DescendingProperty)}),
+    };
+    table->CreateIndexes(indexes);
+    return table;
+}
+
+void PrintPerson(const Record& record) {
+    const FieldList& fields = *record.GetFieldList();
+    std::uint32_t id = 0;
+    std::string city;
+    std::int32_t score = 0;
+    fields.GetField(record.GetData(), IdField, id);
+    fields.GetField(record.GetData(), CityField, city);
+    fields.GetField(record.GetData(), ScoreField, score);
+    std::printf("    #%u %s %d\n", id, city.c_str(), score);
+}
+
+// Another process would build a RemoteTable from the table's description and decode its records.
+void RemoteTableRoundTrip(ITable& table) {
+    MessageBuilder description;
+    Check(table.SerializeSpecification(description), "describe");
+    MessageValidator reader(description.GetBuffer(), description.GetLength());
+    std::unique_ptr<ITable> remote(RemoteTableFactory::GetInstance().Create(reader));
+
+    std::vector<Record> records;
+    Key walk(&table, 0);
+    Check(table.GetFirst(walk, records, 4), "first four");
+    MessageBuilder message;
+    Check(table.SerializeRecords(message, records), "send records");
+    MessageValidator received(message.GetBuffer(), message.GetLength());
+    std::vector<Record> decoded;
+    Check(remote->DeserializeRecords(received, decoded), "receive records");
+    std::printf("remote table %s decoded %zu records from a %u-byte message:\n", remote->GetName().c_str(),
+                decoded.size(), message.GetLength());
+    for (const Record& r : decoded) PrintPerson(r);
+}
+
+void TableInADirectory() {
+    const std::filesystem::path directory = std::filesystem::temp_directory_path() / "tavrin-quickstart-table";
+    std::filesystem::remove_all(directory);
+    std::filesystem::create_directories(directory);
+    const char* cities[] = {"Berlin", "Bern", "Boston", "Lisbon", "Lyon"};
+    constexpr std::uint32_t people = 5000;
+    {
+        std::unique_ptr<ITable> table(OpenPeopleTable(directory.string()));
+        Record record(table.get());
+        for (std::uint32_t id = 0; id < people; ++id) {
+            Check(table->ResetRecord(record), "reset");
+            const FieldList& fields = *record.GetFieldList();
+            fields.SetField(record.GetData(), IdField, id);
+            fields.SetField(record.GetData(), CityField, std::string(cities[id % 5]));
+            fields.SetField(record.GetData(), ScoreField, static_cast<std::int32_t>((id * 7919) % 1000));
+            Check(table->WriteRecord(record), "write");
+        }
+        std::uint32_t count = 0;
+        table->GetCurrentRecords(count);
+        std::printf("table People: %u records in %s\n", count, directory.c_str());
+
+        Key byId(table.get(), 0);
+        byId.GetFieldList()->SetField(byId.GetData(), IdField, static_cast<std::uint32_t>(1234));
+        Check(table->GetEqual(byId, record), "get 1234");
+        std::printf("  by key 1234:\n");
+        PrintPerson(record);
+
+        std::vector<Record> batch;
+        Key walk(table.get(), 0);
+        Check(table->GetFirst(walk, batch, 3), "first three");
+        std::printf("  first three by Id:\n");
+        for (const Record& r : batch) PrintPerson(r);
+        Key back(table.get(), 0);
+        Check(table->GetLast(back, record), "last");
+        std::printf("  walking back from the last:\n");
+        PrintPerson(record);
+        Check(table->GetPrevious(back, record), "previous");
+        PrintPerson(record);
+
+        // Every city that begins with "Be", best score first within a city.
+        Key prefix(table.get(), 1);
+        prefix.GetFieldList()->SetField(prefix.GetData(), CityField, std::string("Be"));
+        std::uint32_t matches = 0;
+        std::printf("  best scores in cities beginning with \"Be\":\n");
+        for (StatusCode s = table->GetFirstEqual(prefix, record, CityField, 2); s == Status::Success;
+             s = table->GetNextEqual(prefix, record, CityField, 2)) {
+            if (matches++ < 3) PrintPerson(record);
+        }
+        std::printf("  %u people live in a city beginning with \"Be\"\n", matches);
+
+        // Update one person's score (an index field: the secondary index follows), remove another.
+        Check(table->GetEqual(byId, record), "get 1234 again");
+        record.GetFieldList()->SetField(record.GetData(), ScoreField, static_cast<std::int32_t>(-1));
+        Check(table->WriteRecord(record), "update");
+        Key gone(table.get(), 0);
+        gone.GetFieldList()->SetField(gone.GetData(), IdField, static_cast<std::uint32_t>(0));
+        Check(table->RemoveRecord(gone), "remove");
+        table->GetCurrentRecords(count);
+        std::printf("  after one update and one removal: %u records\n", count);
+    }  // deleting the table closes its files in order
+
+    std::unique_ptr<ITable> table(OpenPeopleTable(directory.string()));
+    std::uint32_t count = 0;
+    table->GetCurrentRecords(count);
+    Record record(table.get());
+    Key byId(table.get(), 0);
+    byId.GetFieldList()->SetField(byId.GetData(), IdField, static_cast<std::uint32_t>(1234));
+    Check(table->GetEqual(byId, record), "get 1234 after reopening");
+    std::printf("reopened People: %u records, #1234 kept its update:\n", count);
+    PrintPerson(record);
+
+    RemoteTableRoundTrip(*table);
+    table.reset();
+    std::filesystem::remove_all(directory);
+}
+
 }  // namespace
 
 int main() {
     try {
         FieldsAndMessages();
+        TypedFieldsAndOrdering();
         StoreSurvivesCloseAndOpen();
+        TableInADirectory();
     } catch (const Tavrin::Exception& e) {
         std::fprintf(stderr, "%s\n", e.what());
         return 1;
