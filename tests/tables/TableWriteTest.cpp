@@ -255,25 +255,6 @@ TEST(TableWrite, RemovalGoesOnPastAFailingIndex) {
     EXPECT_EQ(WalkIndex(table, kByGroup).size(), 1u);
 }
 
-TEST(TableWrite, UpdateOfNonKeyFieldsTouchesNoIndex) {
-    FaultyTable table;
-    WriteAll(table, {{1, 10, 5, 50}});
-    int calls = 0;
-    for (std::uint16_t number = 0; number < 3; ++number) calls += table.Faulty(number).Calls();
-
-    // A record read back carries its id; with no key field changed no index is asked.
-    Record record = ToRecord(table, Person{1});
-    Key key(kById, record);
-    ASSERT_EQ(table.GetEqual(key, record), Status::Success);
-    calls += 1;  // the lookup's Find
-    ASSERT_EQ(record.GetFieldList()->SetField(record.GetData(), kNote, std::string("note")), Status::Success);
-    ASSERT_EQ(table.WriteRecord(record), Status::Success);
-    int after = 0;
-    for (std::uint16_t number = 0; number < 3; ++number) after += table.Faulty(number).Calls();
-    EXPECT_EQ(after, calls);
-    EXPECT_EQ(Stored(table, 1).note, "note");
-}
-
 TEST(TableWrite, RemoveTakesTheRecordOutOfEveryIndex) {
     auto table = MakePeople();
     WriteAll(*table, {{1, 10, 5, 50}, {2, 20, 5, 50}, {3, 30, 5, 50}, {4, 40, 6, 10}});

@@ -155,10 +155,8 @@ struct Fault {
     int countdown = -1;  // -1: never
     StatusCode status = Status::Failure;
     bool throws = false;
-    int calls = 0;
 
     bool Trips() {
-        ++calls;
         if (countdown < 0) return false;
         return countdown-- == 0;
     }
@@ -188,8 +186,6 @@ public:
     StatusCode GetNext(Key& key, std::uint32_t& id) override { return tree_.GetNext(key, id); }
     StatusCode Clear() override { return tree_.Clear(); }
     std::uint32_t GetCurrentRecords() override { return tree_.GetCurrentRecords(); }
-
-    int Calls() const { return add.calls + remove.calls + find.calls; }
 
     Fault add;
     Fault remove;
