@@ -25,6 +25,7 @@ using namespace Testing;
 constexpr std::uint16_t kName = 2;
 constexpr std::uint16_t kScore = 3;
 constexpr std::uint32_t kWholeField = 0xFFFFFFFF;
+constexpr std::size_t kLongestWalk = 1000;  // more records than any test writes: a walk that never ends
 
 struct Row {
     std::uint32_t id = 0;
@@ -58,7 +59,7 @@ std::vector<Row> OneByOne(const Single& first, const Single& next) {
     Record record;
     for (StatusCode status = first(record); status != Status::NotFound; status = next(record)) {
         EXPECT_EQ(status, Status::Success);
-        if (status != Status::Success) break;
+        if (status != Status::Success || rows.size() > kLongestWalk) break;
         rows.push_back(RowOf(record));
     }
     EXPECT_EQ(next(record), Status::NotFound);
@@ -72,7 +73,7 @@ std::vector<Row> InBatches(std::uint32_t limit, const Batch& first, const Batch&
     for (StatusCode status = first(batch); status != Status::NotFound; status = next(batch)) {
         EXPECT_EQ(status, Status::Success);
         EXPECT_TRUE(!batch.empty() && (limit == 0 || batch.size() <= limit));
-        if (status != Status::Success || batch.empty()) break;
+        if (status != Status::Success || batch.empty() || rows.size() > kLongestWalk) break;
         for (const Record& record : batch) rows.push_back(RowOf(record));
         batch.clear();
     }
