@@ -4,6 +4,7 @@
 //       runs W1 once and prints one line per phase, `store=NAME n=N phase=PHASE ns_per_op=...`,
 //       then `phase=memory` with peak and store resident bytes and file bytes per record. Files go
 //       to a fresh folder in DIRECTORY (default /tmp), removed afterwards.
+//       With --profile=PHASE under callgrind (--collect-atstart=no), only that phase is profiled.
 //   tavrin_compare --list
 //       the stores of this build, with their settings.
 //   tavrin_compare --summarize=FILE [--ours=PREFIX]
@@ -21,6 +22,7 @@
 #include <map>
 #include <string>
 
+#include "Profile.h"
 #include "StoreRegistry.h"
 #include "Summary.h"
 
@@ -29,7 +31,7 @@ namespace {
 using namespace Tavrin::Compare;
 
 int Usage() {
-    std::cerr << "usage: tavrin_compare --store=NAME --n=N [--dir=DIRECTORY]\n"
+    std::cerr << "usage: tavrin_compare --store=NAME --n=N [--dir=DIRECTORY] [--profile=PHASE]\n"
                  "       tavrin_compare --list\n"
                  "       tavrin_compare --summarize=FILE [--ours=PREFIX]\n";
     return 2;
@@ -115,6 +117,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         if (options.count("summarize")) return Summarize(options["summarize"], options["ours"]);
+        if (options.count("profile") && !SetProfiledPhase(options["profile"])) return Usage();
         if (options.count("store") && options.count("n")) return Run(options["store"], options["n"], options["dir"]);
         return Usage();
     } catch (const std::exception& error) {

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "Measure.h"
+#include "Profile.h"
 #include "Workload.h"
 
 namespace Tavrin::Compare {
@@ -32,6 +33,7 @@ public:
 };
 
 enum class Phase { Insert, Get, Scan, Update, Remove };
+
 constexpr const char* PhaseName(Phase phase) noexcept {
     switch (phase) {
         case Phase::Insert: return "insert";
@@ -102,9 +104,12 @@ void CheckCount(Store& store, std::uint64_t expected, const char* after) {
 template <class Store, class Body>
 void TimePhase(Store& store, Phase phase, std::uint64_t operations, RunResult& result, Body&& body) {
     const auto start = std::chrono::steady_clock::now();
-    store.Begin(phase);
-    body();
-    store.End(phase);
+    {
+        const PhaseProfile profile(phase);
+        store.Begin(phase);
+        body();
+        store.End(phase);
+    }
     const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
     result.phases.push_back({phase, elapsed.count() / static_cast<double>(operations ? operations : 1)});
 }
