@@ -2,7 +2,7 @@
 // IIndex: what a table and its Key objects use of an index.
 //
 // These are the operations that do not depend on how an index stores its keys: the key layout,
-// building and comparing key images, the properties and the specification. The structural
+// building and comparing key images, the properties and the index specification. The structural
 // operations (create, open, add, find, walk) are declared by Index, which every index derives from.
 //
 // A key image is laid out by the index's own FieldList (GetFieldList): the compared fields in the
@@ -56,7 +56,7 @@ public:
     virtual const FieldList* GetFieldList() const = 0;
     virtual std::vector<FieldSpecification> GetFieldSpecificationList() const = 0;
     virtual std::vector<std::uint16_t> GetFieldIdList() const = 0;
-    // The specification that the index was made from, rebuilt from its key layout.
+    // The index specification that the index was made from, rebuilt from its key layout.
     virtual IndexSpecification GetSpecification() const = 0;
     // Keys the index holds; throws StatusCodeException 13 where the index stores nothing.
     virtual std::uint32_t GetCurrentRecords() = 0;

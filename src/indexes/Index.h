@@ -8,7 +8,7 @@
 // Owns: the key FieldList. Holds, unowned: the table's FieldList, which must outlive the index.
 // Everything the key operations read is set by the constructor; no lock (see IIndex).
 //
-// Key image: the compared fields of the specification in its order, each with its flags as field
+// Key image: the compared fields of the index specification in its order, each with its flags as field
 // properties (bit 31 orders it descending), then the additional fields with properties 0, packed
 // from offset 0 by the table's kind of list; in a Duplicate index the record id follows as a signed
 // 32-bit little-endian number.

@@ -312,7 +312,7 @@ TEST_F(RedBlackTreeFiles, OpenRefusesOtherFilesAndLeavesTheIndexWithout) {
     EXPECT_EQ(harness.index->Open(directory.Path(), "Items", uuid), Status::Success);
 }
 
-// Root and sentinel stand in the last 8 bytes of the user data, behind the specification; a node
+// Root and sentinel stand in the last 8 bytes of the user data, behind the index specification; a node
 // behind the 8 bytes of its entry header.
 TEST_F(RedBlackTreeFiles, DamagedFilesGiveAStatusNotAHang) {
     CreateFilled();
