@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ByteStore.h"
 #include "StoreRegistry.h"
 
 namespace Tavrin::Compare {
@@ -29,9 +30,9 @@ DBT Bytes(const void* bytes, std::uint32_t size) {
     return dbt;
 }
 
-class BerkeleyStore {
+class BerkeleyStore : public ByteStore<BerkeleyStore> {
 public:
-    static constexpr bool Ordered = true;  // only a btree is walked in key order; see HashStore
+    static constexpr bool Ordered = true;
 
     BerkeleyStore(std::uint64_t n, DBTYPE type, const std::string& directory) {
         Check(db_create(&db_, nullptr, 0), "create");
@@ -43,30 +44,6 @@ public:
     ~BerkeleyStore() { db_->close(db_, DB_NOSYNC); }
     BerkeleyStore(const BerkeleyStore&) = delete;
     BerkeleyStore& operator=(const BerkeleyStore&) = delete;
-
-    void Begin(Phase) {}
-    void End(Phase) {}
-
-    void Insert(std::uint64_t key, const Value& value) {
-        ValueBytes bytes;
-        EncodeValue(value, bytes.data());
-        Put(key, bytes.data());
-    }
-
-    bool Get(std::uint64_t key, Value& value) {
-        ValueBytes bytes;
-        if (!Find(key, bytes)) return false;
-        DecodeValue(bytes.data(), value);
-        return true;
-    }
-
-    bool Update(std::uint64_t key) {
-        ValueBytes bytes;
-        if (!Find(key, bytes)) return false;
-        EncodeCounter(bytes.data(), DecodeCounter(bytes.data()) + 1);
-        Put(key, bytes.data());
-        return true;
-    }
 
     bool Remove(std::uint64_t key) {
         const KeyBytes keyBytes = EncodeKey(key);
@@ -99,7 +76,6 @@ public:
         return count;
     }
 
-private:
     void Put(std::uint64_t key, const unsigned char* value) {
         const KeyBytes keyBytes = EncodeKey(key);
         DBT k = Bytes(keyBytes.data(), KeySize);
@@ -118,6 +94,7 @@ private:
         return true;
     }
 
+private:
     DB* db_ = nullptr;
 };
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "ByteStore.h"
 #include "StoreRegistry.h"
 
 namespace Tavrin::Compare {
@@ -49,7 +50,7 @@ private:
 };
 
 template <class Database, bool IsOrdered>
-class KyotoStore {
+class KyotoStore : public ByteStore<KyotoStore<Database, IsOrdered>> {
 public:
     static constexpr bool Ordered = IsOrdered;
 
@@ -64,30 +65,6 @@ public:
         Check(db_.open(path, kc::BasicDB::OWRITER | kc::BasicDB::OCREATE | kc::BasicDB::OTRUNCATE), "open");
     }
     ~KyotoStore() { db_.close(); }
-
-    void Begin(Phase) {}
-    void End(Phase) {}
-
-    void Insert(std::uint64_t key, const Value& value) {
-        ValueBytes bytes;
-        EncodeValue(value, bytes.data());
-        Put(key, bytes.data());
-    }
-
-    bool Get(std::uint64_t key, Value& value) {
-        ValueBytes bytes;
-        if (!Find(key, bytes)) return false;
-        DecodeValue(bytes.data(), value);
-        return true;
-    }
-
-    bool Update(std::uint64_t key) {
-        ValueBytes bytes;
-        if (!Find(key, bytes)) return false;
-        EncodeCounter(bytes.data(), DecodeCounter(bytes.data()) + 1);
-        Put(key, bytes.data());
-        return true;
-    }
 
     bool Remove(std::uint64_t key) {
         const KeyBytes keyBytes = EncodeKey(key);
@@ -108,12 +85,6 @@ public:
 
     std::uint64_t Count() { return static_cast<std::uint64_t>(db_.count()); }
 
-private:
-    bool Check(bool done, const char* what) {
-        if (!done) throw CompareError(std::string("kyoto ") + what + ": " + db_.error().message());
-        return true;
-    }
-
     void Put(std::uint64_t key, const unsigned char* value) {
         const KeyBytes keyBytes = EncodeKey(key);
         Check(db_.set(Chars(keyBytes.data()), KeySize, Chars(value), ValueSize), "set");
@@ -128,6 +99,12 @@ private:
             Check(false, "get");
         }
         if (size != static_cast<std::int32_t>(ValueSize)) throw CompareError("kyoto get: value of the wrong size");
+        return true;
+    }
+
+private:
+    bool Check(bool done, const char* what) {
+        if (!done) throw CompareError(std::string("kyoto ") + what + ": " + db_.error().message());
         return true;
     }
 

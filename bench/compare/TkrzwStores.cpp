@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ByteStore.h"
 #include "StoreRegistry.h"
 
 namespace Tavrin::Compare {
@@ -50,7 +51,7 @@ std::unique_ptr<tkrzw::DBM> OpenTree(std::uint64_t n, const std::string& directo
 
 // One class for the four kinds: they share the DBM interface, and the virtual call is theirs.
 template <bool IsOrdered>
-class TkrzwStore {
+class TkrzwStore : public ByteStore<TkrzwStore<IsOrdered>> {
 public:
     static constexpr bool Ordered = IsOrdered;
 
@@ -60,30 +61,6 @@ public:
     }
     TkrzwStore(const TkrzwStore&) = delete;
     TkrzwStore& operator=(const TkrzwStore&) = delete;
-
-    void Begin(Phase) {}
-    void End(Phase) {}
-
-    void Insert(std::uint64_t key, const Value& value) {
-        ValueBytes bytes;
-        EncodeValue(value, bytes.data());
-        Put(key, bytes.data());
-    }
-
-    bool Get(std::uint64_t key, Value& value) {
-        if (!Find(key)) return false;
-        DecodeValue(Bytes(value_), value);
-        return true;
-    }
-
-    bool Update(std::uint64_t key) {
-        if (!Find(key)) return false;
-        ValueBytes bytes;
-        std::copy_n(Bytes(value_), ValueSize, bytes.begin());
-        EncodeCounter(bytes.data(), DecodeCounter(bytes.data()) + 1);
-        Put(key, bytes.data());
-        return true;
-    }
 
     bool Remove(std::uint64_t key) {
         const KeyBytes keyBytes = EncodeKey(key);
@@ -108,21 +85,22 @@ public:
 
     std::uint64_t Count() { return static_cast<std::uint64_t>(dbm_->CountSimple()); }
 
-private:
     void Put(std::uint64_t key, const unsigned char* value) {
         const KeyBytes keyBytes = EncodeKey(key);
         Check(dbm_->Set(View(keyBytes.data(), KeySize), View(value, ValueSize)), "set");
     }
 
-    bool Find(std::uint64_t key) {
+    bool Find(std::uint64_t key, ValueBytes& bytes) {
         const KeyBytes keyBytes = EncodeKey(key);
         const tkrzw::Status status = dbm_->Get(View(keyBytes.data(), KeySize), &value_);
         if (status == tkrzw::Status::NOT_FOUND_ERROR) return false;
         Check(status, "get");
         if (value_.size() != ValueSize) throw CompareError("tkrzw get: value of the wrong size");
+        std::copy_n(Bytes(value_), ValueSize, bytes.begin());
         return true;
     }
 
+private:
     std::unique_ptr<tkrzw::DBM> dbm_;
     std::string value_;
 };
