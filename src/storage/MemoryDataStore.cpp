@@ -88,6 +88,7 @@ void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
     header_ = common;
     extension_ = extension;
     FinishGrowth(surplus);
+    RecountEntries();
     fileName_ = fileName;
     temporary_ = false;
 

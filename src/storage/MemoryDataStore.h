@@ -84,6 +84,8 @@ private:
     std::uint32_t CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const;
     std::uint32_t SurplusEntries(std::uint32_t maxEntries) const;
     void FinishGrowth(std::uint32_t surplus) noexcept;
+    // Sets currentEntries to the number of entries whose used flag is set.
+    void RecountEntries() noexcept;
     StatusCode Save();
 
     unsigned char* EntryAt(std::uint32_t id) const noexcept;

@@ -16,6 +16,8 @@
 //   the header and the file's length agree again, then the new entries are linked. A death before
 //   maxEntries is written leaves zero entries behind the last one, which Open turns into free ones.
 // - Clear: freeHead becomes -1 and currentEntries 0 before the entries are rewritten as free.
+// - The count: a death between a used flag and currentEntries leaves the count one off; Open
+//   counts the used flags again (RecountEntries).
 #include <cstring>
 #include <exception>
 #include <limits>
@@ -44,6 +46,15 @@ unsigned char* MemoryDataStore::EntryAt(std::uint32_t id) const noexcept {
 
 bool MemoryDataStore::IsUsed(std::uint32_t id) const noexcept {
     return id < header_.maxEntries && (EntryAt(id)[Layout::EntryUsedOffset] & Layout::EntryUsedBit) != 0;
+}
+
+// The used flags are the truth about which entries hold records: a process killed between setting
+// (or clearing) a flag and counting it leaves currentEntries one off, so Open counts the flags again.
+// A cleanly closed file already agrees and is not written.
+void MemoryDataStore::RecountEntries() noexcept {
+    std::uint32_t used = 0;
+    for (std::uint32_t id = 0; id < header_.maxEntries; ++id) used += IsUsed(id) ? 1u : 0u;
+    if (used != header_.currentEntries) SetCurrentEntries(used);
 }
 
 StatusCode MemoryDataStore::Add(std::uint32_t& id, const void* record) {
