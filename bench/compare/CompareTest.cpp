@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -121,13 +122,16 @@ TEST_F(StoreRun, OurTableKeepsItsFilesInTheDirectoryOnlyWhenGivenOne) {
 }
 
 // A std::map store with one fault, to show that the phase checks catch it.
-enum class Fault { WrongNumber, LostRecord, Unordered, StaleCounter, RemoveKeepsRecord };
+enum class Fault { WrongNumber, LostRecord, Unordered, StaleCounter, RemoveKeepsRecord, LostInsert };
 
 template <Fault F>
 class FaultyStore : public StdMapStore {
 public:
     using StdMapStore::StdMapStore;
 
+    void Insert(std::uint64_t key, const Value& value) {
+        if (F != Fault::LostInsert || key != 9) StdMapStore::Insert(key, value);
+    }
     bool Get(std::uint64_t key, Value& value) {
         const bool found = StdMapStore::Get(key, value);
         if (F == Fault::WrongNumber && key == 17) ++value.number;
@@ -163,6 +167,49 @@ TEST(Phases, ChecksCatchFaultyStores) {
     EXPECT_THROW(RunW1<FaultyStore<Fault::Unordered>>(100), CompareError);
     EXPECT_THROW(RunW1<FaultyStore<Fault::StaleCounter>>(100), CompareError);
     EXPECT_THROW(RunW1<FaultyStore<Fault::RemoveKeepsRecord>>(100), CompareError);
+    EXPECT_THROW(RunW1<FaultyStore<Fault::LostInsert>>(100), CompareError);
+}
+
+// A hash store walks in its own order: only count and sums are checked.
+class UnorderedWalkStore : public FaultyStore<Fault::Unordered> {
+public:
+    static constexpr bool Ordered = false;
+    using FaultyStore<Fault::Unordered>::FaultyStore;
+};
+
+TEST(Phases, StoresWithoutKeyOrderAreNotHeldToIt) { EXPECT_NO_THROW(RunW1<UnorderedWalkStore>(100)); }
+
+TEST(Phases, ProfiledPhaseMustBeAPhase) {
+    EXPECT_TRUE(SetProfiledPhase("scan"));
+    EXPECT_FALSE(SetProfiledPhase("walk"));
+    EXPECT_FALSE(SetProfiledPhase(""));
+    // Outside valgrind the profiled phase runs as any other.
+    EXPECT_NO_THROW(RunW1<StdMapStore>(50));
+}
+
+TEST_F(StoreRun, OpenFilesCountOnceAndUnlinkedOnesStillCount) {
+    const std::uint64_t before = OpenFileBytes();
+    const std::string path = Directory() + "/measured";
+    std::FILE* first = std::fopen(path.c_str(), "w+");
+    ASSERT_NE(first, nullptr);
+    std::vector<char> bytes(12345, 'x');
+    ASSERT_EQ(std::fwrite(bytes.data(), 1, bytes.size(), first), bytes.size());
+    std::fflush(first);
+    std::FILE* second = std::fopen(path.c_str(), "r");
+    ASSERT_NE(second, nullptr);
+    std::filesystem::remove(path);
+    EXPECT_EQ(OpenFileBytes(), before + bytes.size());
+    std::fclose(second);
+    std::fclose(first);
+    EXPECT_EQ(OpenFileBytes(), before);
+}
+
+TEST(Measure, ResidentBytesFollowTouchedMemory) {
+    const std::uint64_t before = CurrentRssBytes();
+    std::vector<unsigned char> touched(64u << 20, 1);
+    EXPECT_GE(CurrentRssBytes(), before + (32u << 20));
+    EXPECT_GE(PeakRssBytes(), CurrentRssBytes() - (1u << 20));
+    EXPECT_EQ(touched[12345], 1);
 }
 
 }  // namespace
