@@ -23,8 +23,10 @@ RedBlackTreeIndex::RedBlackTreeIndex(const IndexSpecification& specification, co
                                      const IFieldListFactory& factory, std::uint32_t initialEntries,
                                      std::uint32_t growEntries)
     : Index(specification, tableFieldList, factory),
+      order_(*GetFieldList(), GetComparedFieldCount()),
+      distinctKeys_(IsPrimaryUnique() || IsUnique() || IsDuplicate()),
       store_(this, GetKeySize() + Node::HeaderSize, initialEntries, growEntries) {
-    scratch_.reset(new (std::nothrow) unsigned char[GetKeySize() + Node::HeaderSize]);
+    scratch_.reset(new (std::nothrow) unsigned char[2 * GetKeySize() + Node::HeaderSize]);
     if (scratch_ == nullptr) ThrowDatabase(ConstructorOperation, DatabaseException::AllocateIndex);
 }
 
@@ -47,6 +49,7 @@ void RedBlackTreeIndex::Create() {
 
 StatusCode RedBlackTreeIndex::Open(const std::string& directory, const std::string& tableName,
                                    const Tavrin::Uuid& uuid) {
+    ForgetInsertionPoint();
     return store_.Open(GetFileName(directory, tableName, GetName()), &uuid);
 }
 
@@ -79,6 +82,7 @@ void RedBlackTreeIndex::Initialize() {
     }
     sentinel_ = sentinel;
     root_ = sentinel;
+    ForgetInsertionPoint();
 }
 
 StatusCode RedBlackTreeIndex::SerializeUserData(MessageBuilder& builder) {
@@ -122,12 +126,6 @@ std::string RedBlackTreeIndex::GetFileName(const std::string& directory, const s
 StatusCode RedBlackTreeIndex::CheckUsable(const Key& key) const noexcept {
     if (!store_.IsOpen()) return Status::NotOpen;
     return key.GetCapacity() < GetKeySize() ? Status::Invalid : Status::Success;
-}
-
-RedBlackTreeNode RedBlackTreeIndex::NodeAt(std::uint32_t id) {
-    unsigned char* bytes = nullptr;
-    if (store_.GetEntry(id, bytes) != Status::Success) store_.GetEntry(sentinel_, bytes);
-    return Node(bytes);
 }
 
 RedBlackTreeNode::Side RedBlackTreeIndex::SideOf(std::uint32_t id) {

@@ -6,7 +6,16 @@
 // Thread safety
 //   None of its own. The table's mutex serialises every call; the scratch node makes Add usable by
 //   one thread at a time. Lookups do not change the tree but write the Key passed in (its bytes and
-//   its cursor), so a Key belongs to one thread.
+//   its cursor) and the index's two hints below, so they too need the caller's serialisation.
+//
+// Hints (never observable: each is used only where it gives what a descent from the root gives)
+//   - The node found or delivered last. In an index whose full keys are distinct (Unique,
+//     PrimaryUnique or Duplicate), a key that compares 0 with that node can only be that node, so
+//     Find, Remove and the steps take it as a key's cursor is taken: checked to be in use and to
+//     compare 0. A walk therefore follows links instead of descending for every step.
+//   - Where the last Find that failed ended (the last node and the last result) and the key it had,
+//     valid until the tree next changes. An Add of the same key bytes into the unchanged tree would
+//     descend the same path, so it starts from there: a table's insert descends once, not twice.
 //
 // Invariants (while open; CheckTree tests all of them)
 //   1. Every link is an entry number of the store, never an address: a node's address is worked out
@@ -39,6 +48,7 @@
 #include "base/Status.h"
 #include "base/Uuid.h"
 #include "indexes/Index.h"
+#include "indexes/KeyOrder.h"
 #include "indexes/RedBlackTreeNode.h"
 #include "records/Key.h"
 #include "storage/MemoryDataStore.h"
@@ -155,7 +165,10 @@ private:
     StatusCode CheckUsable(const Key& key) const noexcept;
     // The node of entry `id`. A link that names no entry in use (a damaged file) gives the
     // sentinel's node, so no walk leaves the mapping.
-    Node NodeAt(std::uint32_t id);
+    Node NodeAt(std::uint32_t id) const noexcept {
+        unsigned char* bytes = store_.FindUsedEntry(id);
+        return Node(bytes != nullptr ? bytes : store_.FindUsedEntry(sentinel_));
+    }
     std::uint32_t ChildOf(std::uint32_t id, Side side) { return NodeAt(id).GetChild(side); }
     std::uint32_t ParentOf(std::uint32_t id) { return NodeAt(id).GetParent(); }
     bool IsRed(std::uint32_t id) { return NodeAt(id).IsRed(); }
@@ -163,6 +176,8 @@ private:
     Side SideOf(std::uint32_t id);
     // Fills the scratch node and stores it as the sentinel; throws code 4 when the store refuses.
     void Initialize();
+    // The key kept with the insertion point: the part of the scratch buffer behind the node image.
+    unsigned char* InsertionKey() const noexcept { return scratch_.get() + GetKeySize() + Node::HeaderSize; }
 
     // ---- Comparison and walks (RedBlackTreeWalk.cpp) ------------------------------------------
     // CompareKey over the compared fields, then the duplicate tails as signed numbers.
@@ -174,8 +189,17 @@ private:
     StatusCode Descend(Compare compare, bool stopAtEqual, Descent& descent);
     // Descend by the full comparison with the key's bytes.
     StatusCode DescendFull(const Key& key, bool stopAtEqual, Descent& descent);
-    // The cursor's entry when it is in use and holds the key; else the sentinel, which means none.
-    std::uint32_t CursorNode(const Key& key);
+    // `candidate` when it is an entry in use that holds the key; else the sentinel, which means none.
+    std::uint32_t NodeIfHolding(std::uint32_t candidate, const Key& key) const noexcept;
+    // The cursor's node, else (in an index of distinct keys) the last found or delivered node, when
+    // it holds the key; else the sentinel.
+    std::uint32_t KnownNode(const Key& key) const noexcept;
+    // Keeps where a failed search ended, for an Add of the same key.
+    void RememberInsertionPoint(const Key& key, const Descent& descent) noexcept;
+    // The insertion point kept for `key`: true when it is still good.
+    bool RecallInsertionPoint(const Key& key, Descent& descent) const noexcept;
+    // The tree changes: the insertion point kept is no longer good.
+    void ForgetInsertionPoint() noexcept { insertionPointValid_ = false; }
     // The node of `key`, by the cursor or a descent; the sentinel when absent.
     StatusCode FindNode(const Key& key, std::uint32_t& node);
     // The node that GetNext (side Right) or GetPrevious (side Left) lands on; the sentinel if none.
@@ -217,7 +241,16 @@ private:
 
     std::uint32_t root_ = NoEntry;
     std::uint32_t sentinel_ = NoEntry;
-    // One node image, GetKeySize() + 20 bytes, built here before it is handed to the store.
+    // The order of key images, chosen once for the key layout.
+    KeyOrder order_;
+    // True when no two nodes can hold equal full keys, so the last node found is a safe hint.
+    bool distinctKeys_;
+    // The hints (see the top of this file).
+    std::uint32_t lastNode_ = NoEntry;
+    Descent insertionPoint_{};
+    bool insertionPointValid_ = false;
+    // One node image, GetKeySize() + 20 bytes, built here before it is handed to the store, then
+    // the key of the insertion point, GetKeySize() bytes.
     std::unique_ptr<unsigned char[]> scratch_;
     // Owner of every node; its user data store is this index. Declared last: its constructor
     // serialises the user data, which reads root and sentinel.

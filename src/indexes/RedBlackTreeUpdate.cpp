@@ -13,8 +13,10 @@ StatusCode RedBlackTreeIndex::Add(const Key& key, std::uint32_t recordId) {
     if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     // Below 0 goes left, 0 or above right: an equal key goes behind its equals.
     Descent descent;
-    const StatusCode found = DescendFull(key, false, descent);
-    if (found != Status::Success) return found;
+    if (!RecallInsertionPoint(key, descent)) {
+        const StatusCode found = DescendFull(key, false, descent);
+        if (found != Status::Success) return found;
+    }
 
     Node scratch(scratch_.get());
     scratch.Reset(recordId, sentinel_);
@@ -23,6 +25,7 @@ StatusCode RedBlackTreeIndex::Add(const Key& key, std::uint32_t recordId) {
     std::uint32_t id = NoEntry;
     const StatusCode added = store_.Add(id, scratch_.get());
     if (added != Status::Success) return added;
+    ForgetInsertionPoint();
 
     // The store may have grown and moved: from here on every node is reached by its number again.
     if (descent.last == sentinel_) {
@@ -39,6 +42,7 @@ StatusCode RedBlackTreeIndex::Remove(const Key& key) {
     std::uint32_t node = sentinel_;
     const StatusCode found = FindNode(key, node);
     if (found != Status::Success || node == sentinel_) return found;
+    ForgetInsertionPoint();
     Unlink(node);
     Node removed = NodeAt(node);
     removed.SetColour(Node::Black);

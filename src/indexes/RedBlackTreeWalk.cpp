@@ -1,17 +1,19 @@
 // The lookups and walks of a red-black tree index. None of them changes the tree or allocates; they
 // write only the caller's Key (its bytes, and for some its cursor) and record id.
+#include <cstring>
+
 #include "base/Encoding.h"
 #include "indexes/RedBlackTreeIndex.h"
 
 namespace Tavrin::Database {
 
 int RedBlackTreeIndex::CompareFull(const unsigned char* key, const unsigned char* nodeKey) const noexcept {
-    const FieldList& list = *GetFieldList();
-    const int result = list.CompareKey(key, nodeKey, GetComparedFieldCount());
+    const int result = order_.Compare(key, nodeKey);
     if (result != 0 || !IsDuplicate()) return result;
     // The duplicate tail: the record id as a signed number, so that -1 (not set) orders first.
-    const std::int32_t left = DecodeI32(key + list.GetDataLength());
-    const std::int32_t right = DecodeI32(nodeKey + list.GetDataLength());
+    const std::uint32_t tail = GetFieldList()->GetDataLength();
+    const std::int32_t left = DecodeI32(key + tail);
+    const std::int32_t right = DecodeI32(nodeKey + tail);
     return left < right ? -1 : (left > right ? 1 : 0);
 }
 
@@ -43,31 +45,51 @@ StatusCode RedBlackTreeIndex::DescendFull(const Key& key, bool stopAtEqual, Desc
     return Descend([&](const unsigned char* nodeKey) { return CompareFull(data, nodeKey); }, stopAtEqual, descent);
 }
 
-std::uint32_t RedBlackTreeIndex::CursorNode(const Key& key) {
-    const std::uint32_t cursor = key.GetCursor();
-    if (cursor == NoEntry) return sentinel_;
-    unsigned char* bytes = nullptr;
-    if (store_.GetEntry(cursor, bytes) != Status::Success) return sentinel_;
-    return CompareFull(key.GetData(), Node(bytes).GetKey()) == 0 ? cursor : sentinel_;
+std::uint32_t RedBlackTreeIndex::NodeIfHolding(std::uint32_t candidate, const Key& key) const noexcept {
+    if (candidate == NoEntry) return sentinel_;
+    unsigned char* bytes = store_.FindUsedEntry(candidate);
+    if (bytes == nullptr || candidate == sentinel_) return sentinel_;
+    return CompareFull(key.GetData(), Node(bytes).GetKey()) == 0 ? candidate : sentinel_;
+}
+
+std::uint32_t RedBlackTreeIndex::KnownNode(const Key& key) const noexcept {
+    const std::uint32_t cursor = NodeIfHolding(key.GetCursor(), key);
+    if (cursor != sentinel_ || !distinctKeys_ || lastNode_ == key.GetCursor()) return cursor;
+    return NodeIfHolding(lastNode_, key);
+}
+
+void RedBlackTreeIndex::RememberInsertionPoint(const Key& key, const Descent& descent) noexcept {
+    insertionPoint_ = descent;
+    Node::CopyKey(InsertionKey(), key.GetData(), GetKeySize());
+    insertionPointValid_ = true;
+}
+
+bool RedBlackTreeIndex::RecallInsertionPoint(const Key& key, Descent& descent) const noexcept {
+    if (!insertionPointValid_ || std::memcmp(InsertionKey(), key.GetData(), GetKeySize()) != 0) return false;
+    descent = insertionPoint_;
+    return true;
 }
 
 StatusCode RedBlackTreeIndex::FindNode(const Key& key, std::uint32_t& node) {
-    node = CursorNode(key);
+    node = KnownNode(key);
     if (node != sentinel_) return Status::Success;
     Descent descent;
     const StatusCode status = DescendFull(key, true, descent);
     node = descent.found;
+    // No node compared 0 on the way, so an Add of this key would have taken the same path.
+    if (status == Status::Success && node == sentinel_) RememberInsertionPoint(key, descent);
     return status;
 }
 
-// Only a forward step tries the cursor: it saves work when walking on from the entry found last.
+// A forward step tries the cursor, as a key that walks on from the entry it found last saves the
+// descent. A backward step has no such shortcut, but in an index of distinct keys a node that holds
+// the key is the one a descent would find, so both steps try the last node found.
 StatusCode RedBlackTreeIndex::StepNode(const Key& key, Side side, std::uint32_t& node) {
-    if (side == Node::Right) {
-        const std::uint32_t cursor = CursorNode(key);
-        if (cursor != sentinel_) {
-            node = Neighbour(cursor, side);
-            return Status::Success;
-        }
+    const std::uint32_t known =
+        side == Node::Right ? KnownNode(key) : (distinctKeys_ ? KnownNode(key) : sentinel_);
+    if (known != sentinel_) {
+        node = Neighbour(known, side);
+        return Status::Success;
     }
     Descent descent;
     const StatusCode status = DescendFull(key, true, descent);
@@ -107,6 +129,7 @@ std::uint32_t RedBlackTreeIndex::Neighbour(std::uint32_t id, Side side) {
 StatusCode RedBlackTreeIndex::Deliver(std::uint32_t node, Key& key, std::uint32_t& recordId) {
     if (node == sentinel_) return Status::NotFound;
     const Node found = NodeAt(node);
+    lastNode_ = node;
     recordId = found.GetRecord();
     Node::CopyKey(key.GetData(), found.GetKey(), GetKeySize());
     return Status::Success;
@@ -119,6 +142,7 @@ StatusCode RedBlackTreeIndex::Find(const Key& key, std::uint32_t& recordId) {
     if (status != Status::Success) return status;
     if (node == sentinel_) return Status::NotFound;
     key.SetCursor(node);
+    lastNode_ = node;
     recordId = NodeAt(node).GetRecord();
     return Status::Success;
 }

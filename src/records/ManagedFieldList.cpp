@@ -210,4 +210,10 @@ std::uint32_t ManagedFieldList::GetFieldLength(std::uint32_t number, const unsig
     return IsFieldDefined(number, data) ? ReadValueLength(GetEntry(number), data) : 0;
 }
 
+bool ManagedFieldList::LocateDefinedBit(std::uint32_t number, std::uint32_t& byte, unsigned char& mask) const noexcept {
+    byte = number / 8;
+    mask = BitOf(number);
+    return true;
+}
+
 }  // namespace Tavrin::Database

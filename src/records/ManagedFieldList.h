@@ -66,6 +66,7 @@ public:
     StatusCode ClearField(unsigned char* data, std::uint16_t id, bool& changed) const override;
     StatusCode ClearField(unsigned char* data, std::uint16_t id) const override;
     bool IsFieldDefined(std::uint32_t number, const unsigned char* data) const override;
+    bool LocateDefinedBit(std::uint32_t number, std::uint32_t& byte, unsigned char& mask) const noexcept override;
     StatusCode IsFieldDefined(const unsigned char* data, std::uint16_t id, bool& isDefined) const override;
     std::uint32_t GetFieldLength(std::uint32_t number, const unsigned char* data) const override;
 

@@ -125,4 +125,8 @@ std::uint32_t UnmanagedFieldList::GetFieldLength(std::uint32_t number, const uns
     return ReadValueLength(GetEntry(number), data);
 }
 
+bool UnmanagedFieldList::LocateDefinedBit(std::uint32_t, std::uint32_t&, unsigned char&) const noexcept {
+    return false;
+}
+
 }  // namespace Tavrin::Database

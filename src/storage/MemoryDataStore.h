@@ -21,6 +21,7 @@
 // GetMaxEntries(); 6 at the end of a scan; 23 from Add when the free list is found damaged.
 // Not thread-safe: the owner locks.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -78,6 +79,13 @@ public:
     // The name given to Create or Open; empty for a temporary store.
     const std::string& GetFileName() const noexcept { return fileName_; }
 
+    // GetEntry for the hot loops of an owner: the record of entry `id` when the store is open and
+    // the entry in use, else null. Inline and non-virtual; the same checks as GetEntry.
+    unsigned char* FindUsedEntry(std::uint32_t id) const noexcept {
+        if (data_ == nullptr || !IsUsed(id)) return nullptr;
+        return EntryAt(id) + MemoryDataStoreHeader::EntryFrontSize;
+    }
+
 private:
     void CreateFile(const std::string* fileName, const Uuid* uuid);
     void OpenFile(const std::string& fileName, const Uuid* uuid);
@@ -88,8 +96,13 @@ private:
     void RecountEntries() noexcept;
     StatusCode Save();
 
-    unsigned char* EntryAt(std::uint32_t id) const noexcept;
-    bool IsUsed(std::uint32_t id) const noexcept;
+    unsigned char* EntryAt(std::uint32_t id) const noexcept {
+        return data_ + extension_.firstEntryOffset + static_cast<std::size_t>(id) * extension_.entryStride;
+    }
+    bool IsUsed(std::uint32_t id) const noexcept {
+        return id < header_.maxEntries &&
+               (EntryAt(id)[MemoryDataStoreHeader::EntryUsedOffset] & MemoryDataStoreHeader::EntryUsedBit) != 0;
+    }
     StatusCode Scan(std::uint64_t from, std::uint32_t& id, unsigned char*& record) const noexcept;
     void LinkEntries(std::uint32_t first, std::uint32_t count) noexcept;
     void Grow() noexcept;

@@ -40,14 +40,6 @@ void SetNext(unsigned char* entry, std::int32_t next) noexcept { EncodeI32(entry
 
 }  // namespace
 
-unsigned char* MemoryDataStore::EntryAt(std::uint32_t id) const noexcept {
-    return data_ + extension_.firstEntryOffset + static_cast<std::size_t>(id) * extension_.entryStride;
-}
-
-bool MemoryDataStore::IsUsed(std::uint32_t id) const noexcept {
-    return id < header_.maxEntries && (EntryAt(id)[Layout::EntryUsedOffset] & Layout::EntryUsedBit) != 0;
-}
-
 // The used flags are the truth about which entries hold records: a process killed between setting
 // (or clearing) a flag and counting it leaves currentEntries one off, so Open counts the flags again.
 // A cleanly closed file already agrees and is not written.
@@ -108,8 +100,9 @@ StatusCode MemoryDataStore::Read(std::uint32_t id, void* buffer) {
 
 StatusCode MemoryDataStore::GetEntry(std::uint32_t id, unsigned char*& record) {
     if (data_ == nullptr) return Status::NotOpen;
-    if (!IsUsed(id)) return Status::OutOfRange;
-    record = EntryAt(id) + Layout::EntryFrontSize;
+    unsigned char* found = FindUsedEntry(id);
+    if (found == nullptr) return Status::OutOfRange;
+    record = found;
     return Status::Success;
 }
 
