@@ -1,5 +1,6 @@
 #include "records/FieldListObject.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -7,7 +8,7 @@
 
 namespace Tavrin::Database {
 
-FieldListObject::FieldListObject() noexcept { std::memset(inlineBuffer_, 0, sizeof inlineBuffer_); }
+FieldListObject::FieldListObject() noexcept = default;
 
 StatusCode FieldListObject::CopyFields(const FieldListObject& source, bool strict) {
     if (!IsInitialized() || !source.IsInitialized()) return Status::NotUsable;
@@ -59,6 +60,9 @@ StatusCode FieldListObject::Bind(ITable* table, const FieldList* fieldList, std:
         array_.reset(array);
         data_ = array;
         capacity_ = size;
+    } else if (IsInline() && cleanBytes_ < size) {
+        std::memset(inlineBuffer_ + cleanBytes_, 0, size - cleanBytes_);
+        cleanBytes_ = size;
     }
     initialized_ = true;
     table_ = table;
@@ -76,7 +80,7 @@ void FieldListObject::Clear() noexcept {
     data_ = inlineBuffer_;
     capacity_ = InlineCapacity;
     recordId_ = NoRecordId;
-    std::memset(inlineBuffer_, 0, sizeof inlineBuffer_);
+    cleanBytes_ = 0;
 }
 
 void FieldListObject::TakeFrom(FieldListObject& other) noexcept {
@@ -91,7 +95,8 @@ void FieldListObject::TakeFrom(FieldListObject& other) noexcept {
         capacity_ = other.capacity_;
     } else {
         // The image is inline on the other side; an array of our own, if any, still serves.
-        std::memcpy(data_, other.inlineBuffer_, InlineCapacity);
+        std::memcpy(data_, other.inlineBuffer_, other.cleanBytes_);
+        if (IsInline()) cleanBytes_ = std::max(cleanBytes_, other.cleanBytes_);
     }
     other.Clear();
 }
