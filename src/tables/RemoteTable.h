@@ -10,15 +10,10 @@
 // that work here (accessors, SerializeSpecification, ResetRecord, BuildRecord and the message
 // operations) may be called from several threads; only construction takes the mutex.
 //
-// Everything that needs records answers status 13 (Status::NotAvailable: not available in this
-// class), never 16, because no store will ever be opened here: the reads by key and in store
-// order, WriteRecord, RemoveRecord, Clear, the record file operations, SaveAs, CopyFiles, Convert,
-// CopyRecords and the record counts. The operations without a status result (CreateRecordFile,
-// Clone, CheckIntegrity) throw StatusCodeException 13; CreateIndexes and CreateTemporaryIndex throw
-// DatabaseException 4 whatever the arguments.
+// Everything else is Table's: without a store, the operations that need records answer status 13
+// (see Table.h). Only the index-building operations differ: CreateIndexes and CreateTemporaryIndex
+// throw DatabaseException 4 whatever the arguments.
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 #include "tables/Table.h"
@@ -32,55 +27,6 @@ public:
     void CreateIndexes(std::vector<IndexSpecification>& specifications) override;
     void CreateTemporaryIndex(IndexSpecification& specification) override;
     bool IsManaged() override { return managed_; }
-
-    // Nothing to work on: 13, see above.
-    void CreateRecordFile() override;
-    StatusCode OpenRecordFile() override;
-    StatusCode CloseRecordFile() override;
-    StatusCode Convert() override;
-    StatusCode SaveAs(const std::string& directory) override;
-    StatusCode CopyFiles(const std::string& source, const std::string& destination) override;
-    ITable* Clone(const std::string& directory, bool createMutex, bool copyRecords, std::uint32_t batchSize) override;
-    StatusCode Clear() override;
-    StatusCode CopyRecords(ITable* source, bool clearFirst, std::uint32_t batchSize) override;
-    StatusCode WriteRecord(Record& record, Record& previous) override;
-    StatusCode WriteRecord(Record& record, const std::vector<std::uint16_t>& fieldIds) override;
-    StatusCode WriteRecord(Record& record) override;
-    StatusCode RemoveRecord(Key& key, Record& removed) override;
-    StatusCode RemoveRecord(Key& key) override;
-    StatusCode GetEqual(std::vector<Key>& keys, std::vector<unsigned char>& statuses,
-                        std::vector<Record>& records) override;
-    StatusCode GetEqual(Key& key, Record& record) override;
-    StatusCode GetFirst(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
-    StatusCode GetFirst(Key& key, Record& record) override;
-    StatusCode GetLast(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
-    StatusCode GetLast(Key& key, Record& record) override;
-    StatusCode GetNext(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
-    StatusCode GetNext(Key& key, Record& record) override;
-    StatusCode GetPrevious(Key& key, std::vector<Record>& records, std::uint32_t maxRecords) override;
-    StatusCode GetPrevious(Key& key, Record& record) override;
-    StatusCode GetFirstEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId, std::uint32_t length,
-                             std::uint32_t maxRecords) override;
-    StatusCode GetFirstEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
-    StatusCode GetLastEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId, std::uint32_t length,
-                            std::uint32_t maxRecords) override;
-    StatusCode GetLastEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
-    StatusCode GetNextEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId, std::uint32_t length,
-                            std::uint32_t maxRecords) override;
-    StatusCode GetNextEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
-    StatusCode GetPreviousEqual(Key& key, std::vector<Record>& records, std::uint16_t fieldId,
-                                std::uint32_t length, std::uint32_t maxRecords) override;
-    StatusCode GetPreviousEqual(Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) override;
-    StatusCode GetFirstRecord(std::uint32_t& recordId, std::vector<Record>& records,
-                              std::uint32_t maxRecords) override;
-    StatusCode GetFirstRecord(std::uint32_t& recordId, Record& record) override;
-    StatusCode GetNextRecord(std::uint32_t& recordId, std::vector<Record>& records,
-                             std::uint32_t maxRecords) override;
-    StatusCode GetNextRecord(std::uint32_t& recordId, Record& record) override;
-    void CheckIntegrity() override;
-    // 13, with the count set to 0.
-    StatusCode GetMaxRecords(std::uint32_t& maxRecords) override;
-    StatusCode GetCurrentRecords(std::uint32_t& currentRecords) override;
 
 private:
     friend class RemoteTableFactory;

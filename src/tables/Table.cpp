@@ -66,22 +66,22 @@ StatusCode Table::DeserializeUserData(MessageValidator& validator) {
     return stored == GetSpecification() ? Status::Success : Status::DescriptionDiffers;
 }
 
-StatusCode Table::Convert() { return Status::NotAvailable; }  // not available yet
+// Not available yet, on any table. Once one of these works, it must still answer 13 for a table
+// without a store (HasNoStore), which has nothing to copy, convert or check.
+StatusCode Table::Convert() { return Status::NotAvailable; }
 
-StatusCode Table::SaveAs(const std::string&) { return Status::NotAvailable; }  // not available yet
+StatusCode Table::SaveAs(const std::string&) { return Status::NotAvailable; }
 
-StatusCode Table::CopyFiles(const std::string&, const std::string&) {
-    return Status::NotAvailable;  // not available yet
-}
+StatusCode Table::CopyFiles(const std::string&, const std::string&) { return Status::NotAvailable; }
 
 ITable* Table::Clone(const std::string&, bool, bool, std::uint32_t) {
-    ThrowStatus("Tavrin::Database::Table::Clone", Status::NotAvailable);  // not available yet
+    ThrowStatus("Tavrin::Database::Table::Clone", Status::NotAvailable);
 }
 
-StatusCode Table::CopyRecords(ITable*, bool, std::uint32_t) { return Status::NotAvailable; }  // not available yet
+StatusCode Table::CopyRecords(ITable*, bool, std::uint32_t) { return Status::NotAvailable; }
 
 void Table::CheckIntegrity() {
-    ThrowStatus("Tavrin::Database::Table::CheckIntegrity", Status::NotAvailable);  // not available yet
+    ThrowStatus("Tavrin::Database::Table::CheckIntegrity", Status::NotAvailable);
 }
 
 }  // namespace Tavrin::Database

@@ -1,7 +1,14 @@
 #pragma once
-// Table: the frame that ManagedTable and UnmanagedTable share. It implements ITable but for the
-// index-building operations and the layout flag, and keeps its own description in the user data
-// area of its record file (it is the store's UserDataStore).
+// Table: the frame that ManagedTable, UnmanagedTable and RemoteTable share. It implements ITable but
+// for the index-building operations and the layout flag, and keeps its own description in the user
+// data area of its record file (it is the store's UserDataStore).
+//
+// A table without a store (a RemoteTable, which only describes a table of another process) has no
+// records and no index files, and never will: every operation that needs them answers status 13
+// (Status::NotAvailable) before it looks at its arguments, and throws StatusCodeException 13 where it
+// has no status result. That covers the record file operations, the reads, writes and removals,
+// Clear and the record counts (which also give 0); the operations that are not available yet (Clone,
+// Convert, SaveAs, CopyFiles, CopyRecords, CheckIntegrity) answer 13 on every table.
 //
 // Owns: the mutex (property bit 1), the field list, the data store and the indexes. They are made
 // in that order by Construct and released in the reverse one: indexes, store, field list, mutex.
@@ -193,7 +200,8 @@ protected:
     // Reads and messages
     // For a table built from a description that another process's table wrote (RemoteTable): takes
     // the name, property bits and sizing as they are, makes a mutex whatever bit 1 says, and the
-    // field list through `makeFieldList` (DatabaseException 3 when it gives none). No store, no files.
+    // field list through `makeFieldList` (DatabaseException 3 when it gives none). No store, no files:
+    // the table answers 13 wherever it would need them.
     void ConstructDescribed(const TableSpecification& specification, FieldListMaker makeFieldList);
     // Appends an index at the next position and applies the primary rule by the index's own number:
     // a primary unique index takes the place, a unique one takes it while it is free. The caller
@@ -210,15 +218,16 @@ private:
     Index* GetKeyIndex(const Key& key) const noexcept;
     // Binds `record` to this table and copies the stored image of `recordId` into it.
     StatusCode FillFromStore(std::uint32_t recordId, Record& record);
-    // The key check, one index step and the copy into `record`; takes no lock.
+    // The store check (13), the key check (27), one index step and the copy into `record`; takes no
+    // lock. Every key read and batch starts here, so a table without a store answers 13 from it.
     StatusCode ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length);
     // The one-record and batch frames of the key reads; each holds the mutex for the whole call.
     StatusCode ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t fieldId = 0,
                        std::uint32_t length = 0);
     StatusCode ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
                          std::uint32_t maxRecords, std::uint16_t fieldId = 0, std::uint32_t length = 0);
-    // The first step of a store walk: 30 for a next step from no record, 16 without an open store,
-    // else the store's GetFirst or GetNext. Takes no lock.
+    // The first step of a store walk: 13 without a store, 30 for a next step from no record, 16
+    // without an open store, else the store's GetFirst or GetNext. Takes no lock.
     StatusCode StepStore(bool fromFirst, std::uint32_t& recordId, unsigned char*& image);
     // The one-record and batch frames of the store walks; each holds the mutex for the whole call.
     StatusCode ReadStore(bool fromFirst, std::uint32_t& recordId, Record& record);
@@ -285,6 +294,9 @@ private:
     // End of index management and writes
 
 private:
+    // True for a table built by ConstructDescribed, which answers 13 (see the head of this file).
+    // The store is made once by Construct and kept until destruction, so this needs no lock.
+    bool HasNoStore() const noexcept { return !dataStore_; }
     void SetFileNames(const std::string& directory);
     void MakeStore();
     void CreateOrOpenRecordFile();

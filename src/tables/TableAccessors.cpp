@@ -1,5 +1,5 @@
 // What a table tells about itself: its description, its fields, its indexes and its counts. None of
-// these takes the table's lock.
+// these takes the table's lock. A table without a store has no counts: 0 and status 13.
 
 #include "indexes/IIndex.h"
 #include "records/FieldListObject.h"
@@ -73,12 +73,20 @@ StatusCode Table::GetFieldType(std::uint16_t id, FieldSpecification::Type& type)
 }
 
 StatusCode Table::GetMaxRecords(std::uint32_t& maxRecords) {
-    maxRecords = dataStore_ ? dataStore_->GetMaxEntries() : 0;
+    if (HasNoStore()) {
+        maxRecords = 0;
+        return Status::NotAvailable;
+    }
+    maxRecords = dataStore_->GetMaxEntries();
     return Status::Success;
 }
 
 StatusCode Table::GetCurrentRecords(std::uint32_t& currentRecords) {
-    currentRecords = dataStore_ ? dataStore_->GetCurrentEntries() : 0;
+    if (HasNoStore()) {
+        currentRecords = 0;
+        return Status::NotAvailable;
+    }
+    currentRecords = dataStore_->GetCurrentEntries();
     return Status::Success;
 }
 

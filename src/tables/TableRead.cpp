@@ -4,7 +4,8 @@
 // of the record id that the step gives, a copy of it into the caller's record. A walk keeps its
 // place in the caller's Key (the index leaves the key it found there), a store walk in the caller's
 // record id, so the table keeps no walk state. A batch repeats the frame into a temporary record
-// and appends a copy of it, under one hold of the mutex.
+// and appends a copy of it, under one hold of the mutex. A table without a store answers 13 from the
+// key check (ReadByKey, which every key read and batch starts with) and the first store step.
 
 #include "base/MutexHolder.h"
 #include "indexes/Index.h"
@@ -56,6 +57,7 @@ StatusCode Table::FillFromStore(std::uint32_t recordId, Record& record) {
 }
 
 StatusCode Table::ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) {
+    if (HasNoStore()) return Status::NotAvailable;
     Index* index = GetKeyIndex(key);
     if (index == nullptr) return Status::KeyInvalid;
     std::uint32_t recordId = FieldListObject::NoRecordId;
@@ -92,6 +94,7 @@ StatusCode Table::ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<R
 // Reads by key.
 StatusCode Table::GetEqual(std::vector<Key>& keys, std::vector<unsigned char>& statuses,
                            std::vector<Record>& records) {
+    if (HasNoStore()) return Status::NotAvailable;
     MutexHolder holder(GetMutex());
     const Record blank(this);
     Record found;
@@ -162,9 +165,10 @@ StatusCode Table::GetPreviousEqual(Key& key, Record& record, std::uint16_t field
 
 // Reads in store order: the store's entries by ascending id, without keys or indexes.
 StatusCode Table::StepStore(bool fromFirst, std::uint32_t& recordId, unsigned char*& image) {
+    if (HasNoStore()) return Status::NotAvailable;
     // 30, the status of a record that is not this table's, also answers a next step from no record.
     if (!fromFirst && recordId == FieldListObject::NoRecordId) return Status::OtherTable;
-    if (!dataStore_ || !dataStore_->IsOpen()) return Status::NotOpen;
+    if (!dataStore_->IsOpen()) return Status::NotOpen;
     return fromFirst ? dataStore_->GetFirst(recordId, image) : dataStore_->GetNext(recordId, image);
 }
 

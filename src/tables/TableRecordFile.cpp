@@ -45,8 +45,8 @@ void Table::CreateOrOpenRecordFile() {
 }
 
 void Table::CreateRecordFile() {
+    if (HasNoStore()) ThrowStatus("Tavrin::Database::Table::CreateRecordFile", Status::NotAvailable);
     if (numberOfIndexes_ != 0) ThrowStatus("Tavrin::Database::Table::CreateRecordFile", Status::IndexConflict);
-    if (!dataStore_) ThrowStatus("Tavrin::Database::Table::CreateRecordFile", Status::NotAvailable);
     try {
         if (IsInMemory()) {
             dataStore_->Create();
@@ -62,9 +62,9 @@ void Table::CreateRecordFile() {
 }
 
 StatusCode Table::OpenRecordFile() {
+    if (HasNoStore()) return Status::NotAvailable;
     if (numberOfIndexes_ != 0) return Status::IndexConflict;
     if (IsInMemory()) return Status::NotFound;
-    if (!dataStore_) return Status::NotAvailable;
     // No Uuid is asked of the record file; the store hands the stored description to
     // DeserializeUserData, which answers 25 when it is another table's. Conversion of such a file
     // (property bit 2) is not available yet, so 25 is the answer whatever that bit says.
@@ -72,8 +72,8 @@ StatusCode Table::OpenRecordFile() {
 }
 
 StatusCode Table::CloseRecordFile() {
+    if (HasNoStore()) return Status::NotAvailable;
     if (numberOfIndexes_ != 0) return Status::IndexConflict;
-    if (!dataStore_) return Status::NotAvailable;
     return dataStore_->Close();
 }
 

@@ -49,6 +49,7 @@ StatusCode Table::ResetRecord(Record& record) {
 }
 
 StatusCode Table::Clear() {
+    if (HasNoStore()) return Status::NotAvailable;
     MutexHolder holder(GetMutex());
     if (!IsRecordFileOpen()) return Status::NotOpen;
     const StatusCode cleared = StatusOf([this] {
@@ -74,6 +75,7 @@ StatusCode Table::WriteRecord(Record& record, const std::vector<std::uint16_t>& 
 StatusCode Table::WriteRecord(Record& record) { return Write(record, nullptr, nullptr); }
 
 StatusCode Table::Write(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds) {
+    if (HasNoStore()) return Status::NotAvailable;
     MutexHolder holder(GetMutex());
     if (!record.GetTableToken().IsSame(GetIdentityToken())) return Status::OtherTable;
     if (primaryIndex_ == NoIndex) return Status::NoPrimaryIndex;
@@ -292,6 +294,7 @@ StatusCode Table::RemoveRecord(Key& key, Record& removed) { return Remove(key, &
 StatusCode Table::RemoveRecord(Key& key) { return Remove(key, nullptr); }
 
 StatusCode Table::Remove(Key& key, Record* removed) {
+    if (HasNoStore()) return Status::NotAvailable;
     MutexHolder holder(GetMutex());
     Index* keyIndex = GetKeyIndex(key);
     if (keyIndex == nullptr) return Status::KeyInvalid;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "../base/ThrownStatus.h"
+#include "base/Encoding.h"
 #include "RemoteTableTestSupport.h"
 #include "TablesTestSupport.h"
 #include "records/Key.h"
@@ -90,21 +91,64 @@ TEST(RemoteTable, MirrorsARealTableAndCarriesItsRecordsAndKeys) {
 TEST(RemoteTable, AnswersNotAvailableWhereRecordsWouldBeNeeded) {
     const auto remote = MakeRemote(DescriptionOf(*MakePeople(kCreateFile)));
     ITable& table = *remote;
+    // 13 comes before any other answer: the table has indexes (26 for the record file operations),
+    // an unopened store (16 for Clear), a blank key (27) and a store walk from no record (30).
     Key key(remote.get(), 0);
+    Key unbound;
     Record record(remote.get());
+    Record other(remote.get());
+    std::vector<Key> keys{key};
+    std::vector<unsigned char> statuses;
     std::vector<Record> records;
-    std::uint32_t number = 0;
+    std::uint32_t number = FieldListObject::NoRecordId;
+    std::uint32_t count = 7;
     const std::vector<std::function<StatusCode()>> operations{
-        [&] { return table.OpenRecordFile(); },          [&] { return table.WriteRecord(record); },
-        [&] { return table.RemoveRecord(key); },         [&] { return table.GetEqual(key, record); },
-        [&] { return table.GetFirst(key, records, 0); }, [&] { return table.GetFirstRecord(number, record); },
+        [&] { return table.OpenRecordFile(); },
+        [&] { return table.CloseRecordFile(); },
+        [&] { return table.Clear(); },
+        [&] { return table.WriteRecord(record); },
+        [&] { return table.WriteRecord(record, other); },
+        [&] { return table.WriteRecord(record, std::vector<std::uint16_t>{1}); },
+        [&] { return table.RemoveRecord(key); },
+        [&] { return table.RemoveRecord(unbound, other); },
+        [&] { return table.GetEqual(key, record); },
+        [&] { return table.GetEqual(keys, statuses, records); },
+        [&] { return table.GetFirst(key, records, 0); },
+        [&] { return table.GetNextEqual(unbound, records, 1, 0xFFFFFFFF, 0); },
+        [&] { return table.GetPrevious(key, record); },
+        [&] { return table.GetFirstRecord(number, record); },
+        [&] { return table.GetNextRecord(number, records, 0); },
+        [&] { return table.GetMaxRecords(count); },
+        [&] { return table.GetCurrentRecords(count); },
     };
-    for (const auto& operation : operations) EXPECT_EQ(operation(), Status::NotAvailable);
-    EXPECT_EQ(Tavrin::Testing::ThrownStatus([&] { table.CheckIntegrity(); }), Status::NotAvailable);
+    for (std::size_t at = 0; at < operations.size(); ++at) {
+        EXPECT_EQ(operations[at](), Status::NotAvailable) << "operation " << at;
+    }
+    EXPECT_TRUE(statuses.empty());
+    EXPECT_TRUE(records.empty());
+    EXPECT_EQ(count, 0u);
+    EXPECT_FALSE(table.IsRecordFileOpen());
+    for (const auto& thrower : std::vector<std::function<void()>>{
+             [&] { table.CreateRecordFile(); }, [&] { table.CheckIntegrity(); },
+             [&] { delete table.Clone("", false, false, 0); }}) {
+        EXPECT_EQ(Tavrin::Testing::ThrownStatus(thrower), Status::NotAvailable);
+    }
+
+    // What it can do: build a record from key values, and empty it again.
+    unsigned char id[4];
+    EncodeU32(id, 42);
+    ASSERT_EQ(table.BuildRecord(record, 0, KeyValueList{{id, 4}}), Status::Success);
+    std::uint32_t built = 0;
+    ASSERT_EQ(record.GetFieldList()->GetField(record.GetData(), 1, built), Status::Success);
+    EXPECT_EQ(built, 42u);
+    EXPECT_EQ(table.ResetRecord(record), Status::Success);
+    EXPECT_EQ(record.GetFieldList()->GetField(record.GetData(), 1, built), Status::Undefined);
+
     std::vector<IndexSpecification> more{TreeIndex("More", IndexSpecification::UniqueProperty, {2})};
     const Thrown thrown = Catch([&] { table.CreateIndexes(more); });
     EXPECT_EQ(thrown.code, DatabaseException::AllocateIndex);
     EXPECT_EQ(thrown.function, "Tavrin::Database::RemoteTable::CreateIndexes");
+    EXPECT_EQ(Catch([&] { table.CreateTemporaryIndex(more[0]); }).code, DatabaseException::AllocateIndex);
     EXPECT_EQ(table.GetNumberOfIndexes(), 2u);
 }
 
