@@ -1,6 +1,5 @@
 #include "records/FieldListObject.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -8,7 +7,7 @@
 
 namespace Tavrin::Database {
 
-FieldListObject::FieldListObject() noexcept = default;
+FieldListObject::FieldListObject() noexcept { std::memset(inlineBuffer_, 0, sizeof inlineBuffer_); }
 
 StatusCode FieldListObject::CopyFields(const FieldListObject& source, bool strict) {
     if (!IsInitialized() || !source.IsInitialized()) return Status::NotUsable;
@@ -60,9 +59,6 @@ StatusCode FieldListObject::Bind(ITable* table, const FieldList* fieldList, std:
         array_.reset(array);
         data_ = array;
         capacity_ = size;
-    } else if (IsInline() && cleanBytes_ < size) {
-        std::memset(inlineBuffer_ + cleanBytes_, 0, size - cleanBytes_);
-        cleanBytes_ = size;
     }
     initialized_ = true;
     table_ = table;
@@ -80,7 +76,7 @@ void FieldListObject::Clear() noexcept {
     data_ = inlineBuffer_;
     capacity_ = InlineCapacity;
     recordId_ = NoRecordId;
-    cleanBytes_ = 0;
+    std::memset(inlineBuffer_, 0, sizeof inlineBuffer_);
 }
 
 void FieldListObject::TakeFrom(FieldListObject& other) noexcept {
@@ -95,8 +91,7 @@ void FieldListObject::TakeFrom(FieldListObject& other) noexcept {
         capacity_ = other.capacity_;
     } else {
         // The image is inline on the other side; an array of our own, if any, still serves.
-        std::memcpy(data_, other.inlineBuffer_, other.cleanBytes_);
-        if (IsInline()) cleanBytes_ = std::max(cleanBytes_, other.cleanBytes_);
+        std::memcpy(data_, other.inlineBuffer_, InlineCapacity);
     }
     other.Clear();
 }

@@ -2,9 +2,7 @@
 // FieldListObject: the common base of Record and Key, an image bound to a table.
 //
 // Owns: the image. It lives in a 1024-byte buffer inside the object as long as it fits, so records
-// and keys of ordinary tables cost no allocation; a longer image gets an array of its own. The inline
-// buffer is zeroed lazily, only as far as a binding needs it, so a Key or Record costs no 1 KiB
-// memset per construction: binding zeroes the bytes of the image that were never written before. The
+// and keys of ordinary tables cost no allocation; a longer image gets an array of its own. The
 // buffer grows and never shrinks: once an array is taken, the inline buffer stays unused until the
 // object is cleared. Holds, unowned: the table it is bound to and the FieldList that lays the image
 // out (the table's for a Record, the index's for a Key).
@@ -100,8 +98,8 @@ protected:
     // Makes room for `size` bytes (status 41 if the allocation fails; then nothing changes) and
     // takes the table, its current token and the list. The image is not touched.
     StatusCode Bind(ITable* table, const FieldList* fieldList, std::uint32_t size) noexcept;
-    // Back to the state of a default-constructed object: an array is freed, and the next binding
-    // zeroes the inline image again.
+    // Back to the state of a default-constructed object: an array is freed and the inline buffer
+    // is zeroed.
     void Clear() noexcept;
     // Takes over `other`'s binding, image and record id, and clears `other`. No allocation.
     void TakeFrom(FieldListObject& other) noexcept;
@@ -114,9 +112,6 @@ private:
     IdentityToken tableToken_;
     const FieldList* fieldList_ = nullptr;
     unsigned char inlineBuffer_[InlineCapacity];
-    // The leading bytes of inlineBuffer_ that were zeroed or written since construction or the last
-    // Clear; nothing reads the bytes behind them.
-    std::uint32_t cleanBytes_ = 0;
     // Owns data_ once the image has outgrown the inline buffer; null before that.
     std::unique_ptr<unsigned char[]> array_;
     unsigned char* data_ = inlineBuffer_;
