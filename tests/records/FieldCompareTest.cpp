@@ -20,22 +20,7 @@ namespace {
 
 constexpr std::uint32_t Descending = FieldSpecification::DescendingProperty;
 
-// An image with its list, written through the list's own operations.
-struct Image {
-    explicit Image(const FieldList& owner) : list(owner), bytes(owner.GetDataLength()) { list.ResetData(data()); }
-    unsigned char* data() { return bytes.data(); }
-    Image& Text(std::uint16_t id, const std::string& value) {
-        EXPECT_EQ(list.SetField(data(), id, value), Status::Success);
-        return *this;
-    }
-    template <class T>
-    Image& Number(std::uint16_t id, T value) {
-        EXPECT_EQ(list.SetField(data(), id, value), Status::Success);
-        return *this;
-    }
-    const FieldList& list;
-    std::vector<unsigned char> bytes;
-};
+using Testing::Image;
 
 // A text field, a descending signed integer and an unsigned one.
 ManagedFieldList KeyList() {
@@ -356,9 +341,7 @@ TEST(FieldCopy, ValueTooLongForTheTarget) {
     Image to(target);
     from.Text(1, "twelve bytes");
     EXPECT_EQ(target.CopyField(1, to.data(), source, from.data()), Status::LengthMismatch);
-    bool defined = true;
-    EXPECT_EQ(target.IsFieldDefined(to.data(), 1, defined), Status::Success);
-    EXPECT_FALSE(defined);
+    EXPECT_FALSE(Testing::IsDefined(target, to.data(), 1));
 }
 
 }  // namespace

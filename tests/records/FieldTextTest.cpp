@@ -50,12 +50,8 @@ ManagedFieldList TextList() {
 
 TEST(FieldText, ToStringCutsAndPads) {
     const ManagedFieldList list = TextList();
-    std::vector<unsigned char> image(list.GetDataLength());
-    list.ResetData(image.data());
-    const std::string value(60, 'v');
-    ASSERT_EQ(list.SetField(image.data(), 1, value), Status::Success);
-    ASSERT_EQ(list.SetField(image.data(), 2, static_cast<signed char>(66)), Status::Success);
-    ASSERT_EQ(list.SetField(image.data(), 3, true), Status::Success);
+    Testing::Image image(list);
+    image.Text(1, std::string(60, 'v')).Number(2, static_cast<signed char>(66)).Number(3, true);
 
     const std::string expected = std::string(30, 'n') + "  " + std::string(47, 'v') + "\n" +
                                  "letter" + std::string(26, ' ') + "B\n" +
@@ -66,13 +62,10 @@ TEST(FieldText, ToStringCutsAndPads) {
 
 TEST(FieldText, ToLogStringKeepsPositionsCountable) {
     const ManagedFieldList list = TextList();
-    std::vector<unsigned char> image(list.GetDataLength());
-    list.ResetData(image.data());
+    Testing::Image image(list);
     EXPECT_EQ(list.ToLogString(image.data()), ",,,");
-    ASSERT_EQ(list.SetField(image.data(), 1, std::string("a,b")), Status::Success);
-    ASSERT_EQ(list.SetField(image.data(), 2, static_cast<signed char>(66)), Status::Success);
-    ASSERT_EQ(list.SetField(image.data(), 3, true), Status::Success);  // no value class: empty
-    ASSERT_EQ(list.SetField(image.data(), 4, std::uint32_t{7}), Status::Success);
+    // The flag has no value class: its column stays empty.
+    image.Text(1, "a,b").Number(2, static_cast<signed char>(66)).Number(3, true).Number(4, std::uint32_t{7});
     EXPECT_EQ(list.ToLogString(image.data()), "a,b,66,,7");
     ASSERT_EQ(list.ClearField(image.data(), 2), Status::Success);
     EXPECT_EQ(list.ToLogString(image.data()), "a,b,,,7");

@@ -14,6 +14,7 @@
 #include "base/DatabaseException.h"
 #include "base/MessageBuilder.h"
 #include "base/MessageValidator.h"
+#include "records/FieldList.h"
 #include "records/FieldSpecification.h"
 
 namespace Tavrin::Database::Testing {
@@ -66,6 +67,27 @@ inline std::vector<FieldSpecification> PackedSpecifications(std::initializer_lis
     }
     return specifications;
 }
+
+// Whether field `id` of `data` is defined; the lookup itself must succeed.
+inline bool IsDefined(const FieldList& list, const unsigned char* data, std::uint16_t id) {
+    bool defined = false;
+    EXPECT_EQ(list.IsFieldDefined(data, id, defined), Status::Success) << "field " << id;
+    return defined;
+}
+
+// An image of `list`, reset, with setters that expect success.
+struct Image {
+    explicit Image(const FieldList& owner) : list(owner), bytes(owner.GetDataLength()) { list.ResetData(data()); }
+    unsigned char* data() { return bytes.data(); }
+    Image& Text(std::uint16_t id, const std::string& value) { return Number(id, value); }
+    template <class T>
+    Image& Number(std::uint16_t id, T value) {
+        EXPECT_EQ(list.SetField(data(), id, value), Status::Success) << "field " << id;
+        return *this;
+    }
+    const FieldList& list;
+    std::vector<unsigned char> bytes;
+};
 
 inline const unsigned char* Bytes(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
 

@@ -77,11 +77,7 @@ protected:
     TypedAccess() : list_(TypedFields()), image_(list_.GetDataLength()) { list_.ResetData(data()); }
 
     unsigned char* data() { return image_.data(); }
-    bool IsDefined(std::uint16_t id) {
-        bool defined = false;
-        EXPECT_EQ(list_.IsFieldDefined(data(), id, defined), Status::Success);
-        return defined;
-    }
+    bool IsDefined(std::uint16_t id) { return Testing::IsDefined(list_, data(), id); }
     std::vector<unsigned char> Stored(std::uint16_t id) {
         const void* value = nullptr;
         std::uint32_t length = 0;
