@@ -90,23 +90,17 @@ protected:
 
     Record MakeRecord(std::uint32_t id, const char* name, std::int32_t score, std::uint32_t recordId) {
         Record record(table_.get());
-        unsigned char bytes[4];
         const FieldList& list = *record.GetFieldList();
-        EncodeU32(bytes, id);
-        EXPECT_EQ(list.SetField(record.GetData(), 1, bytes, 4), Status::Success);
-        EXPECT_EQ(list.SetField(record.GetData(), 2, name, static_cast<std::uint32_t>(std::strlen(name))),
-                  Status::Success);
-        EncodeI32(bytes, score);
-        EXPECT_EQ(list.SetField(record.GetData(), 3, bytes, 4), Status::Success);
+        EXPECT_EQ(list.SetField(record.GetData(), 1, id), Status::Success);
+        EXPECT_EQ(list.SetField(record.GetData(), 2, std::string(name)), Status::Success);
+        EXPECT_EQ(list.SetField(record.GetData(), 3, score), Status::Success);
         record.SetRecordId(recordId);
         return record;
     }
 };
 
 bool IsDefined(const FieldListObject& object, std::uint16_t id) {
-    bool defined = false;
-    EXPECT_EQ(object.GetFieldList()->IsFieldDefined(object.GetData(), id, defined), Status::Success);
-    return defined;
+    return Testing::IsDefined(*object.GetFieldList(), object.GetData(), id);
 }
 
 std::int32_t Tail(const Key& key) { return DecodeI32(key.GetData() + key.GetFieldList()->GetDataLength()); }

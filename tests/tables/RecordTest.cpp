@@ -11,6 +11,7 @@
 
 #include "base/Encoding.h"
 #include "records/Record.h"
+#include "TablesTestSupport.h"
 #include "records/RecordsTestSupport.h"
 #include "tables/ManagedTableFactory.h"
 #include "tables/UnmanagedTableFactory.h"
@@ -18,12 +19,11 @@
 namespace Tavrin::Database {
 namespace {
 
-constexpr std::uint32_t CreateFile = 1;
-constexpr std::uint32_t Everything = 0xFFFFFFFF;
+using Testing::kAll;
+using Testing::kCreateFile;
 
 std::unique_ptr<ITable> Managed(const std::vector<FieldSpecification>& fields) {
-    return std::unique_ptr<ITable>(
-        ManagedTableFactory::GetInstance().Create("People", CreateFile, fields, 10, Everything, Everything));
+    return Testing::MakeInMemory("People", kCreateFile, fields);
 }
 
 // One BinaryArray field of `fieldLength` bytes at offset 0 in a record of `recordLength` bytes.
@@ -31,7 +31,7 @@ std::unique_ptr<ITable> Unmanaged(std::uint32_t recordLength, std::uint32_t fiel
     const std::vector<FieldSpecification> fields{
         FieldSpecification(1, "Blob", FieldSpecification::BinaryArray, fieldLength, 0, 0)};
     return std::unique_ptr<ITable>(UnmanagedTableFactory::GetInstance().Create(
-        "Blobs", CreateFile, fields, 10, recordLength, Everything, Everything));
+        "Blobs", kCreateFile, fields, 10, recordLength, kAll, kAll));
 }
 
 std::vector<FieldSpecification> PeopleFields() {
@@ -41,23 +41,16 @@ std::vector<FieldSpecification> PeopleFields() {
 }
 
 void SetAge(Record& record, std::int32_t age) {
-    unsigned char bytes[4];
-    EncodeI32(bytes, age);
-    ASSERT_EQ(record.GetFieldList()->SetField(record.GetData(), 1, bytes, 4), Status::Success);
+    ASSERT_EQ(record.GetFieldList()->SetField(record.GetData(), 1, age), Status::Success);
 }
 
 std::int32_t GetAge(const Record& record) {
-    const void* value = nullptr;
-    std::uint32_t length = 0;
-    EXPECT_EQ(record.GetFieldList()->GetField(record.GetData(), 1, value, length), Status::Success);
-    return length == 4 ? DecodeI32(value) : -1;
+    std::int32_t age = -1;
+    EXPECT_EQ(record.GetFieldList()->GetField(record.GetData(), 1, age), Status::Success);
+    return age;
 }
 
-bool IsAgeDefined(const Record& record) {
-    bool defined = true;
-    EXPECT_EQ(record.GetFieldList()->IsFieldDefined(record.GetData(), 1, defined), Status::Success);
-    return defined;
-}
+bool IsAgeDefined(const Record& record) { return Testing::IsDefined(*record.GetFieldList(), record.GetData(), 1); }
 
 TEST(Record, BindingAndResetGiveAnEmptyImageAndNoRecordId) {
     const auto table = Managed(PeopleFields());

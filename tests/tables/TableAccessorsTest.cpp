@@ -35,7 +35,7 @@ TEST(TableAccessors, NamesAndPlaces) {
     EXPECT_EQ(table->GetDirectory(), directory.Path() + "/");
     EXPECT_TRUE(File::IsFound(directory / "Bins.tab"));
 
-    table.reset(ManagedTableFactory::GetInstance().Create("In Memory", kCreateFile, SampleFields(), 4, kHalf, kAll));
+    table = MakeInMemory("In Memory");
     EXPECT_EQ(table->GetName(), "In Memory");
     EXPECT_EQ(table->GetDirectory(), "");
     EXPECT_EQ(table->GetFileName(), "");
@@ -44,7 +44,7 @@ TEST(TableAccessors, NamesAndPlaces) {
 }
 
 TEST(TableAccessors, FieldsInListOrder) {
-    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("F", 0, ThreeFields(), 4, kHalf, kAll));
+    std::unique_ptr<ITable> table = MakeInMemory("F", 0, ThreeFields());
     EXPECT_EQ(table->GetFieldIdList(), (std::vector<std::uint16_t>{5, 2, 9}));
     std::uint16_t id = 0;
     table->GetFirstFieldId(id);
@@ -66,7 +66,7 @@ TEST(TableAccessors, FieldsInListOrder) {
 }
 
 TEST(TableAccessors, MatchingFieldsAppend) {
-    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("F", 0, ThreeFields(), 4, kHalf, kAll));
+    std::unique_ptr<ITable> table = MakeInMemory("F", 0, ThreeFields());
     std::vector<std::uint16_t> ids = {77};
     // A pattern that asks only for a length of 4 matches two fields; their ids are appended.
     const FieldSpecification fourBytes = MakeUnchecked(FieldSpecification::NoFieldId, "", FieldSpecification::None, 4);
@@ -79,7 +79,7 @@ TEST(TableAccessors, MatchingFieldsAppend) {
 }
 
 TEST(TableAccessors, TableWithoutIndexes) {
-    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("I", 1, SampleFields(), 4, kHalf, kAll));
+    std::unique_ptr<ITable> table = MakeInMemory("I");
     EXPECT_EQ(table->GetNumberOfIndexes(), 0u);
     EXPECT_EQ(table->GetPrimaryIndex(), 0xFFFF);
     IIndex* index = nullptr;
@@ -97,8 +97,8 @@ TEST(TableAccessors, TableWithoutIndexes) {
 }
 
 TEST(TableAccessors, ResetRecordOnlyForItsOwnRecords) {
-    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("R", 1, SampleFields(), 4, kHalf, kAll));
-    std::unique_ptr<ITable> other(ManagedTableFactory::GetInstance().Create("R", 1, SampleFields(), 4, kHalf, kAll));
+    std::unique_ptr<ITable> table = MakeInMemory("R");
+    std::unique_ptr<ITable> other = MakeInMemory("R");
     Record record(table.get());
     ASSERT_TRUE(record.IsInitialized());
     const FieldList& fields = *table->GetFieldList();
@@ -106,7 +106,6 @@ TEST(TableAccessors, ResetRecordOnlyForItsOwnRecords) {
     ASSERT_EQ(fields.SetField(record.GetData(), 1, &age, 4), Status::Success);
     record.SetRecordId(3);
 
-    Record foreign(other.get());
     EXPECT_EQ(other->ResetRecord(record), Status::OtherTable);
     EXPECT_EQ(record.GetRecordId(), 3u);
     Record unbound;
@@ -114,15 +113,13 @@ TEST(TableAccessors, ResetRecordOnlyForItsOwnRecords) {
 
     EXPECT_EQ(table->ResetRecord(record), Status::Success);
     EXPECT_EQ(record.GetRecordId(), FieldListObject::NoRecordId);
-    bool defined = true;
-    ASSERT_EQ(fields.IsFieldDefined(record.GetData(), 1, defined), Status::Success);
-    EXPECT_FALSE(defined);
+    EXPECT_FALSE(IsDefined(fields, record.GetData(), 1));
     EXPECT_EQ(record, Record(table.get()));
 }
 
 TEST(TableAccessors, BindingOrderAndSameness) {
-    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("B", 1, SampleFields(), 4, kHalf, kAll));
-    std::unique_ptr<ITable> other(ManagedTableFactory::GetInstance().Create("B", 1, SampleFields(), 4, kHalf, kAll));
+    std::unique_ptr<ITable> table = MakeInMemory("B");
+    std::unique_ptr<ITable> other = MakeInMemory("B");
     Record first(table.get());
     Record second(table.get());
     Record foreign(other.get());

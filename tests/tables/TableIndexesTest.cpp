@@ -22,20 +22,6 @@ IndexSpecification Tree(const std::string& name, std::uint32_t properties, std::
     return IndexSpecification(name, IndexSpecification::RedBlack, properties, {Field(fieldId, 0)});
 }
 
-std::unique_ptr<ITable> MakeBare(const std::string& directory = "", std::uint32_t properties = kCreateFile) {
-    auto& factory = ManagedTableFactory::GetInstance();
-    return std::unique_ptr<ITable>(directory.empty()
-                                       ? factory.Create("People", properties, PeopleFields(), 16, kHalf, kAll)
-                                       : factory.Create("People", directory, properties, PeopleFields(), 16,
-                                                        kHalf, kAll));
-}
-
-// Bytes 1 to 16 of a mapped file: its Uuid.
-std::vector<unsigned char> UuidOf(const std::string& path) {
-    const std::vector<unsigned char> bytes = ReadFile(path);
-    return bytes.size() < 17 ? bytes : std::vector<unsigned char>(bytes.begin() + 1, bytes.begin() + 17);
-}
-
 std::string IndexFile(const ScratchDirectory& directory, const std::string& index) {
     return directory / ("People-" + index + ".rb.idx");
 }
@@ -49,7 +35,7 @@ void WritePeople(ITable& table, std::uint32_t first, std::uint32_t count, std::u
 
 TEST(TableIndexes, PrimaryIndexRule) {
     const auto primaryOf = [](std::vector<IndexSpecification> indexes) {
-        auto table = MakeBare();
+        auto table = MakeBarePeople();
         table->CreateIndexes(indexes);
         for (std::uint16_t number = 0; number < indexes.size(); ++number) EXPECT_EQ(indexes[number].GetNumber(), number);
         return table->GetPrimaryIndex();
@@ -62,7 +48,7 @@ TEST(TableIndexes, PrimaryIndexRule) {
     EXPECT_EQ(primaryOf({Tree("A", duplicate, kId), Tree("B", unique, kCode), Tree("C", unique, kGroup)}), 1);
     EXPECT_EQ(primaryOf({Tree("A", duplicate, kCode), Tree("B", duplicate, kId)}), Table::NoIndex);
 
-    auto table = MakeBare();
+    auto table = MakeBarePeople();
     std::vector<IndexSpecification> indexes{Tree("A", duplicate, kCode)};
     table->CreateIndexes(indexes);
     IndexSpecification temporary = Tree("T", unique, kId);
@@ -95,7 +81,7 @@ TEST(TableIndexes, RefusedSpecificationsLeaveTheIndexesBeforeThem) {
         {{Tree("A", primary, kId), Tree("M", 2, 99)}, DatabaseException::InvalidParameter, "", 1},
     };
     for (const Case& each : cases) {
-        auto table = MakeBare();
+        auto table = MakeBarePeople();
         std::vector<IndexSpecification> indexes = each.indexes;
         const Thrown thrown = Catch([&] { table->CreateIndexes(indexes); });
         EXPECT_TRUE(thrown.isDatabase) << each.message;
@@ -116,7 +102,7 @@ TEST(TableIndexes, RefusedSpecificationsLeaveTheIndexesBeforeThem) {
         }
     }
 
-    auto closed = MakeBare("", 0);
+    auto closed = MakeBarePeople("", 0);
     std::vector<IndexSpecification> indexes = PeopleIndexes();
     const Thrown notOpen = Catch([&] { closed->CreateIndexes(indexes); });
     EXPECT_EQ(notOpen.code, DatabaseException::NotCreated);
@@ -159,12 +145,12 @@ TEST(TableIndexes, RecordFileOperationsAreRefusedWhileIndexesExist) {
 TEST(TableIndexes, EveryCreateIndexesGivesAllFilesOneNewUuid) {
     ScratchDirectory directory;
     const std::string recordFile = directory / "People.tab";
-    MakeBare(directory.Path());
+    MakeBarePeople(directory.Path());
     const std::vector<unsigned char> created = UuidOf(recordFile);
 
     // No index at all still renews the record file's Uuid, and may be asked for again.
     {
-        auto table = MakeBare(directory.Path());
+        auto table = MakeBarePeople(directory.Path());
         std::vector<IndexSpecification> none;
         table->CreateIndexes(none);
         table->CreateIndexes(none);
@@ -200,13 +186,10 @@ TEST(TableIndexes, IndexFilesThatCloseInOrderAreOpenedNotRebuilt) {
     WriteFile(directory / "People.tab", bytes);
 
     auto table = MakePeople(directory.Path());
-    Record changed = ToRecord(*table, Person{marker + 1});
-    Key byId(kById, changed);
-    EXPECT_EQ(table->GetEqual(byId, changed), Status::NotFound) << "the index still holds the old id";
-    Record old = ToRecord(*table, Person{marker});
-    Key oldId(kById, old);
-    EXPECT_EQ(table->GetEqual(oldId, old), Status::Success);
-    EXPECT_EQ(ToPerson(old).id, marker + 1);
+    Record record;
+    EXPECT_EQ(FindById(*table, marker + 1, record), Status::NotFound) << "the index still holds the old id";
+    ASSERT_EQ(FindById(*table, marker, record), Status::Success);
+    EXPECT_EQ(ToPerson(record).id, marker + 1);
 }
 
 TEST(TableIndexes, MissingAndStaleIndexFilesAreRebuiltFromTheRecords) {
@@ -233,7 +216,7 @@ TEST(TableIndexes, MissingAndStaleIndexFilesAreRebuiltFromTheRecords) {
 TEST(TableIndexes, AFailedRebuildLeavesNoFileThatALaterOpenWouldTrust) {
     ScratchDirectory directory;
     {
-        auto table = MakeBare(directory.Path());
+        auto table = MakeBarePeople(directory.Path());
         std::vector<IndexSpecification> indexes{PeopleIndexes()[kById]};
         table->CreateIndexes(indexes);
         WritePeople(*table, 1, 20);
@@ -241,7 +224,7 @@ TEST(TableIndexes, AFailedRebuildLeavesNoFileThatALaterOpenWouldTrust) {
         ASSERT_EQ(table->WriteRecord(repeated), Status::Success);
     }
     for (int attempt = 0; attempt < 2; ++attempt) {
-        auto table = MakeBare(directory.Path());
+        auto table = MakeBarePeople(directory.Path());
         std::vector<IndexSpecification> indexes = PeopleIndexes();
         const Thrown thrown = Catch([&] { table->CreateIndexes(indexes); });
         EXPECT_TRUE(thrown.isStatus) << "attempt " << attempt;
@@ -269,14 +252,11 @@ TEST(TableIndexes, ATableLeftByADeadProcessReopensWithAllItsRecords) {
     EXPECT_EQ(Tavrin::Testing::ThrownStatus([&] { MakePeople(directory.Path(), 8); }), Status::Invalid)
         << "the record file was not closed";
     auto table = MakePeople(directory.Path(), 8);
-    std::uint32_t count = 0;
-    table->GetCurrentRecords(count);
-    EXPECT_EQ(count, 50u);
+    EXPECT_EQ(CountOf(*table), 50u);
     ExpectIndexesMatchStore(*table);
     for (std::uint32_t id = 1; id <= 50; id += 7) {
-        Record record = ToRecord(*table, Person{id});
-        Key key(kById, record);
-        ASSERT_EQ(table->GetEqual(key, record), Status::Success);
+        Record record;
+        ASSERT_EQ(FindById(*table, id, record), Status::Success);
         EXPECT_EQ(ToPerson(record).code, id + 100);
     }
 }

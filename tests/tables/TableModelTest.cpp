@@ -102,9 +102,8 @@ private:
 
 // Reads the stored record of `id` through the primary index, with its record id.
 Record ReadBack(ITable& table, std::uint32_t id) {
-    Record record = ToRecord(table, Person{id});
-    Key key(kById, record);
-    EXPECT_EQ(table.GetEqual(key, record), Status::Success);
+    Record record;
+    EXPECT_EQ(FindById(table, id, record), Status::Success);
     return record;
 }
 

@@ -18,11 +18,6 @@ namespace {
 
 using Tavrin::Testing::ScratchDirectory;
 
-// Bytes 1 to 16 of every store file: the Uuid, drawn anew whenever a file is created.
-std::vector<unsigned char> UuidOf(const std::vector<unsigned char>& file) {
-    return file.size() < 17 ? file : std::vector<unsigned char>(file.begin() + 1, file.begin() + 17);
-}
-
 // Position of the first occurrence of `text` in `bytes`, or npos.
 std::size_t Find(const std::vector<unsigned char>& bytes, std::string_view text) {
     const auto found = std::search(bytes.begin(), bytes.end(), text.begin(), text.end());
@@ -34,6 +29,7 @@ TEST(TableRecordFile, ReconstructionOpensTheSameFile) {
     const std::string path = directory / "Orders.tab";
     MakeManaged("Orders", directory.Path());
     const std::vector<unsigned char> first = ReadFile(path);
+    const std::vector<unsigned char> uuid = UuidOf(path);
     ASSERT_GT(first.size(), 17u);
     EXPECT_EQ(first[0], 1) << "closed cleanly";
 
@@ -46,7 +42,7 @@ TEST(TableRecordFile, ReconstructionOpensTheSameFile) {
     table->GetMaxRecords(maxRecords);
     EXPECT_EQ(maxRecords, 10u) << "the file's own size counts";
     table.reset();
-    EXPECT_EQ(UuidOf(ReadFile(path)), UuidOf(first));
+    EXPECT_EQ(UuidOf(path), uuid);
     EXPECT_EQ(directory.Count(), 1u);
 }
 
@@ -152,6 +148,7 @@ TEST(TableRecordFile, FileLeftOpenByACrashIsRefusedOnceAndKept) {
     std::vector<unsigned char> crashed = ReadFile(path);
     crashed[0] = 0;
     WriteFile(path, crashed);
+    const std::vector<unsigned char> uuid = UuidOf(path);
 
     const Thrown thrown = Catch([&] { MakeManaged("Log", directory.Path()); });
     EXPECT_TRUE(thrown.isStatus);
@@ -164,7 +161,7 @@ TEST(TableRecordFile, FileLeftOpenByACrashIsRefusedOnceAndKept) {
     std::unique_ptr<ITable> table = MakeManaged("Log", directory.Path());
     EXPECT_TRUE(table->IsRecordFileOpen());
     table.reset();
-    EXPECT_EQ(UuidOf(ReadFile(path)), UuidOf(crashed));
+    EXPECT_EQ(UuidOf(path), uuid);
 }
 
 TEST(TableRecordFile, RecordFileOperationsByHand) {
@@ -195,7 +192,7 @@ TEST(TableRecordFile, RecordFileOperationsByHand) {
 }
 
 TEST(TableRecordFile, TableWithoutFilesHasNothingToOpen) {
-    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("Temp", 0, SampleFields(), 4, 2, kAll));
+    std::unique_ptr<ITable> table = MakeInMemory("Temp", 0);
     EXPECT_FALSE(table->IsRecordFileOpen());
     EXPECT_EQ(table->OpenRecordFile(), Status::NotFound);
     for (int round = 0; round < 2; ++round) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 
 #include "WriteTestSupport.h"
@@ -11,12 +12,6 @@ namespace Tavrin::Database::Testing {
 namespace {
 
 constexpr std::uint32_t kNone = FieldListObject::NoRecordId;
-
-std::uint32_t Count(ITable& table) {
-    std::uint32_t count = 0;
-    table.GetCurrentRecords(count);
-    return count;
-}
 
 // What a table holds: each stored record with its id, and the order of every index.
 struct Snapshot {
@@ -35,18 +30,9 @@ Snapshot Take(ITable& table) {
 }
 
 Person Stored(ITable& table, std::uint32_t id) {
-    Record record = ToRecord(table, Person{id});
-    Key key(kById, record);
     Record found;
-    EXPECT_EQ(table.GetEqual(key, found), Status::Success) << "id " << id;
+    EXPECT_EQ(FindById(table, id, found), Status::Success) << "id " << id;
     return ToPerson(found);
-}
-
-void WriteAll(ITable& table, const std::vector<Person>& people) {
-    for (const Person& person : people) {
-        Record record = ToRecord(table, person);
-        ASSERT_EQ(table.WriteRecord(record), Status::Success) << "id " << person.id;
-    }
 }
 
 TEST(TableWrite, SecondWriteOfAKeyReplacesTheRecord) {
@@ -62,7 +48,7 @@ TEST(TableWrite, SecondWriteOfAKeyReplacesTheRecord) {
     EXPECT_EQ(second.GetRecordId(), kNone) << "an update by key leaves the caller's id";
     EXPECT_EQ(ToPerson(previous), (Person{1, 10, 5, 50, "first"}));
     EXPECT_EQ(previous.GetRecordId(), kNone);
-    EXPECT_EQ(Count(*table), 1u);
+    EXPECT_EQ(CountOf(*table), 1u);
     EXPECT_EQ(Stored(*table, 1), (Person{1, 11, 6, 60, "second"}));
     ExpectIndexesMatchStore(*table);
 }
@@ -95,7 +81,7 @@ TEST(TableWrite, RecordWithItsIdTakesTheFastPathOnlyWhileKeyFieldsAreUnchanged) 
     ASSERT_EQ(record.GetFieldList()->SetField(record.GetData(), kCode, std::uint32_t{40}), Status::Success);
     ASSERT_EQ(table->WriteRecord(record), Status::Success);
     EXPECT_NE(record.GetRecordId(), id);
-    EXPECT_EQ(Count(*table), 4u);
+    EXPECT_EQ(CountOf(*table), 4u);
     EXPECT_EQ(Stored(*table, 3).score, 45);
     ExpectIndexesMatchStore(*table);
 }
@@ -115,9 +101,8 @@ TEST(TableWrite, ListedFieldsAreTheOnlyOnesWritten) {
     EXPECT_EQ(change.GetRecordId(), kNone);
     ExpectIndexesMatchStore(*table);
 
-    Record stored = ToRecord(*table, Person{1});
-    Key byId(kById, stored);
-    ASSERT_EQ(table->GetEqual(byId, stored), Status::Success);
+    Record stored;
+    ASSERT_EQ(FindById(*table, 1, stored), Status::Success);
     ASSERT_EQ(stored.GetFieldList()->SetField(stored.GetData(), kNote, std::string("fast")), Status::Success);
     ASSERT_EQ(stored.GetFieldList()->SetField(stored.GetData(), kGroup, std::int32_t{8}), Status::Success);
     ASSERT_EQ(table->WriteRecord(stored, std::vector<std::uint16_t>{kNote}), Status::Success);
@@ -127,9 +112,8 @@ TEST(TableWrite, ListedFieldsAreTheOnlyOnesWritten) {
     Record added = ToRecord(*table, {2, 20, 6, 60, "added"});
     ASSERT_EQ(table->WriteRecord(added, std::vector<std::uint16_t>{kNote}), Status::Success);
     EXPECT_EQ(added.GetRecordId(), kNone);
-    Record found = ToRecord(*table, Person{2});
-    Key key(kById, found);
-    ASSERT_EQ(table->GetEqual(key, found), Status::Success);
+    Record found;
+    ASSERT_EQ(FindById(*table, 2, found), Status::Success);
     const FieldList& list = *found.GetFieldList();
     for (std::uint16_t id : {kCode, kGroup, kScore}) {
         bool defined = true;
@@ -162,7 +146,7 @@ TEST(TableWrite, TakenUniqueKeyLeavesStoreAndIndexesAsBefore) {
     // The failed add left its id with the caller; that entry is free, so the next write adds.
     ASSERT_EQ(added.GetFieldList()->SetField(added.GetData(), kCode, std::uint32_t{30}), Status::Success);
     EXPECT_EQ(table->WriteRecord(added), Status::Success);
-    EXPECT_EQ(Count(*table), 3u);
+    EXPECT_EQ(CountOf(*table), 3u);
     ExpectIndexesMatchStore(*table);
 }
 
@@ -179,7 +163,7 @@ TEST(TableWrite, FullStoreWithoutGrowthRefusesTheAddAndKeepsEverything) {
         }
     }
     EXPECT_EQ(status, Status::StoreFull);
-    EXPECT_GE(Count(*table), 3u);
+    EXPECT_GE(CountOf(*table), 3u);
     ExpectIndexesMatchStore(*table);
 }
 
@@ -189,21 +173,18 @@ TEST(TableWrite, FailedAddIsUndoneInTheStoreAndEveryIndex) {
     const Snapshot before = Take(table);
 
     // The third index refuses the key, by status and by exception; the second index's lookup fails.
-    table.Faulty(kByGroup).add = Fault{0, Status::Invalid};
-    Record record = ToRecord(table, {4, 40, 5, 45});
-    EXPECT_EQ(table.WriteRecord(record), Status::Invalid);
-    EXPECT_EQ(Take(table), before);
-
-    table.Faulty(kByGroup).add = Fault{0, Status::OutOfMemory, true};
-    record = ToRecord(table, {4, 40, 5, 45});
-    EXPECT_EQ(table.WriteRecord(record), Status::OutOfMemory);
-    EXPECT_EQ(Take(table), before);
-
-    table.Faulty(kByCode).find = Fault{0, Status::Invalid};
-    record = ToRecord(table, {4, 40, 5, 45});
-    EXPECT_EQ(table.WriteRecord(record), Status::Invalid);
-    EXPECT_EQ(Take(table), before);
-
+    const std::tuple<const char*, Fault*, Fault> faults[] = {
+        {"add answers", &table.Faulty(kByGroup).add, Fault{0, Status::Invalid}},
+        {"add throws", &table.Faulty(kByGroup).add, Fault{0, Status::OutOfMemory, true}},
+        {"find answers", &table.Faulty(kByCode).find, Fault{0, Status::Invalid}}};
+    Record record;
+    for (const auto& [what, fault, planned] : faults) {
+        SCOPED_TRACE(what);
+        *fault = planned;
+        record = ToRecord(table, {4, 40, 5, 45});
+        EXPECT_EQ(table.WriteRecord(record), planned.status);
+        EXPECT_EQ(Take(table), before);
+    }
     ExpectIndexesMatchStore(table);
 
     // When the undo itself fails, its status is the answer (and the first index keeps a stray key).
@@ -211,7 +192,7 @@ TEST(TableWrite, FailedAddIsUndoneInTheStoreAndEveryIndex) {
     table.Faulty(kById).remove = Fault{0, Status::OutOfRange};
     record = ToRecord(table, {4, 40, 5, 45});
     EXPECT_EQ(table.WriteRecord(record), Status::OutOfRange);
-    EXPECT_EQ(Count(table), 3u);
+    EXPECT_EQ(CountOf(table), 3u);
 }
 
 TEST(TableWrite, FailedUpdateIsUndoneAndTheFailingIndexGetsItsOldKeyBack) {
@@ -249,7 +230,7 @@ TEST(TableWrite, RemovalGoesOnPastAFailingIndex) {
     Record record = ToRecord(table, Person{1});
     Key key(kById, record);
     EXPECT_EQ(table.RemoveRecord(key), Status::Invalid);
-    EXPECT_EQ(Count(table), 1u);
+    EXPECT_EQ(CountOf(table), 1u);
     EXPECT_EQ(WalkIndex(table, kById).size(), 1u);
     EXPECT_EQ(WalkIndex(table, kByCode).size(), 2u) << "only the failing index keeps the key";
     EXPECT_EQ(WalkIndex(table, kByGroup).size(), 1u);
@@ -269,12 +250,11 @@ TEST(TableWrite, RemoveTakesTheRecordOutOfEveryIndex) {
     EXPECT_EQ(table->RemoveRecord(byCode), Status::NotFound);
 
     // Three records share group and score; a duplicate key names exactly one of them.
-    Record middle = ToRecord(*table, Person{2});
-    Key middleId(kById, middle);
-    ASSERT_EQ(table->GetEqual(middleId, middle), Status::Success);
+    Record middle;
+    ASSERT_EQ(FindById(*table, 2, middle), Status::Success);
     Key byGroup(kByGroup, middle);
     ASSERT_EQ(table->RemoveRecord(byGroup), Status::Success);
-    EXPECT_EQ(Count(*table), 2u);
+    EXPECT_EQ(CountOf(*table), 2u);
     std::vector<Person> left;
     for (const Record& record : StoredRecords(*table)) left.push_back(ToPerson(record));
     EXPECT_EQ(left, (std::vector<Person>{{1, 10, 5, 50}, {3, 30, 5, 50}}));
@@ -296,10 +276,9 @@ TEST(TableWrite, ForeignRecordsAndTablesWithoutPrimaryIndexAreRefused) {
     EXPECT_EQ(table->WriteRecord(foreign), Status::OtherTable);
     EXPECT_EQ(table->WriteRecord(unbound), Status::OtherTable);
     EXPECT_EQ(table->ResetRecord(foreign), Status::OtherTable);
-    EXPECT_EQ(Count(*table), 0u);
+    EXPECT_EQ(CountOf(*table), 0u);
 
-    std::unique_ptr<ITable> plain(ManagedTableFactory::GetInstance().Create("Plain", kCreateFile,
-                                                                            PeopleFields(), 8, kHalf, kAll));
+    std::unique_ptr<ITable> plain = MakeBarePeople();
     std::vector<IndexSpecification> indexes{PeopleIndexes()[kByGroup]};
     plain->CreateIndexes(indexes);
     Record record = ToRecord(*plain, {1, 10, 5, 50});
@@ -311,14 +290,12 @@ TEST(TableWrite, ClearEmptiesStoreAndIndexes) {
     EXPECT_EQ(table->Clear(), Status::Success);
     WriteAll(*table, {{1, 10, 5, 50}, {2, 20, 5, 50}});
     EXPECT_EQ(table->Clear(), Status::Success);
-    EXPECT_EQ(Count(*table), 0u);
+    EXPECT_EQ(CountOf(*table), 0u);
     for (std::uint16_t number = 0; number < 3; ++number) EXPECT_TRUE(WalkIndex(*table, number).empty());
     WriteAll(*table, {{2, 20, 5, 50}});
     ExpectIndexesMatchStore(*table);
 
-    std::unique_ptr<ITable> closed(
-        ManagedTableFactory::GetInstance().Create("Closed", 0, SampleFields(), 8, kHalf, kAll));
-    EXPECT_EQ(closed->Clear(), Status::NotOpen);
+    EXPECT_EQ(MakeInMemory("Closed", 0)->Clear(), Status::NotOpen);
 }
 
 }  // namespace

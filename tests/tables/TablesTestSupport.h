@@ -44,6 +44,25 @@ inline std::unique_ptr<ITable> MakeUnmanaged(const std::string& name, const std:
                                                                                10, recordLength, kHalf, kAll));
 }
 
+// A managed table in temporary memory, of four records.
+inline std::unique_ptr<ITable> MakeInMemory(const std::string& name, std::uint32_t properties = kCreateFile,
+                                            const std::vector<FieldSpecification>& fields = SampleFields()) {
+    return std::unique_ptr<ITable>(
+        ManagedTableFactory::GetInstance().Create(name, properties, fields, 4, kHalf, kAll));
+}
+
+inline std::uint32_t CountOf(ITable& table) {
+    std::uint32_t count = 0;
+    EXPECT_EQ(table.GetCurrentRecords(count), Status::Success);
+    return count;
+}
+
+// Bytes 1 to 16 of a store file: its Uuid, drawn anew whenever the file is created.
+inline std::vector<unsigned char> UuidOf(const std::string& path) {
+    const std::vector<unsigned char> bytes = ReadFile(path);
+    return bytes.size() < 17 ? bytes : std::vector<unsigned char>(bytes.begin() + 1, bytes.begin() + 17);
+}
+
 // What an action threw: the outer exception and, in order, the chain added on its way out.
 struct Thrown {
     bool thrown = false;

@@ -47,14 +47,20 @@ inline std::vector<IndexSpecification> PeopleIndexes() {
                                {Field(kGroup, 0), Field(kScore, Field::DescendingFlag)})};
 }
 
-inline std::unique_ptr<ITable> MakePeople(const std::string& directory = "", std::uint32_t maxRecords = 16,
-                                          std::uint32_t growRecords = kHalf) {
-    const std::uint32_t properties = kCreateFile | 2;  // with a mutex
+// The People table without indexes, in memory when `directory` is empty.
+inline std::unique_ptr<ITable> MakeBarePeople(const std::string& directory = "", std::uint32_t properties = kCreateFile,
+                                              std::uint32_t maxRecords = 16, std::uint32_t growRecords = kHalf) {
     auto& factory = ManagedTableFactory::GetInstance();
-    std::unique_ptr<ITable> table(
+    return std::unique_ptr<ITable>(
         directory.empty()
             ? factory.Create("People", properties, PeopleFields(), maxRecords, growRecords, kAll)
             : factory.Create("People", directory, properties, PeopleFields(), maxRecords, growRecords, kAll));
+}
+
+// The People table with a mutex and PeopleIndexes().
+inline std::unique_ptr<ITable> MakePeople(const std::string& directory = "", std::uint32_t maxRecords = 16,
+                                          std::uint32_t growRecords = kHalf) {
+    std::unique_ptr<ITable> table = MakeBarePeople(directory, kCreateFile | 2, maxRecords, growRecords);
     std::vector<IndexSpecification> indexes = PeopleIndexes();
     table->CreateIndexes(indexes);
     return table;
@@ -89,6 +95,20 @@ inline Person ToPerson(const Record& record) {
     list.GetField(record.GetData(), kScore, person.score);
     list.GetField(record.GetData(), kNote, person.note);
     return person;
+}
+
+inline void WriteAll(ITable& table, const std::vector<Person>& people) {
+    for (const Person& person : people) {
+        Record record = ToRecord(table, person);
+        ASSERT_EQ(table.WriteRecord(record), Status::Success) << "id " << person.id;
+    }
+}
+
+// Looks the record of `id` up through the primary index into `record`.
+inline StatusCode FindById(ITable& table, std::uint32_t id, Record& record) {
+    record = ToRecord(table, Person{id});
+    Key key(kById, record);
+    return table.GetEqual(key, record);
 }
 
 inline Index& IndexOf(ITable& table, std::uint16_t number) {
