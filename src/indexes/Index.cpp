@@ -33,6 +33,7 @@ Index::Index(const IndexSpecification& specification, const FieldList& tableFiel
     keyFieldList_.reset(factory.Create(keyFields));
     if (!keyFieldList_) ThrowDatabase(ConstructorName, DatabaseException::AllocateIndex);
     keySize_ = keyFieldList_->GetDataLength() + (IsDuplicate() ? DuplicateTailSize : 0);
+    keyCopy_.emplace(*keyFieldList_, tableFieldList, fieldNumbers_);
 }
 
 Index::~Index() = default;
@@ -80,12 +81,8 @@ StatusCode Index::BuildKey(Key& key, const Key& source) const {
 
 StatusCode Index::BuildKey(Key& key, const unsigned char* recordData, std::uint32_t recordId) const {
     if (!IsOwnKey(key)) return Status::NotUsable;
-    const std::uint32_t fieldCount = keyFieldList_->GetFieldCount();
-    for (std::uint32_t i = 0; i < fieldCount; ++i) {
-        const StatusCode status =
-            keyFieldList_->CopyFieldByNumber(i, key.GetData(), fieldNumbers_[i], *tableFieldList_, recordData);
-        if (status != Status::Success) return status;
-    }
+    const StatusCode status = keyCopy_->Build(key.GetData(), recordData);
+    if (status != Status::Success) return status;
     if (IsDuplicate()) EncodeU32(key.GetData() + keyFieldList_->GetDataLength(), recordId);
     return Status::Success;
 }

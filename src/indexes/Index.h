@@ -15,11 +15,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/Uuid.h"
 #include "indexes/IIndex.h"
+#include "indexes/KeyCopy.h"
 #include "records/IFieldListFactory.h"
 
 namespace Tavrin::Database {
@@ -108,6 +110,8 @@ private:
     std::uint32_t comparedFields_;
     // The key list's data length, plus 4 for the duplicate tail.
     std::uint32_t keySize_ = 0;
+    // How keys are built from record images; planned once the key list exists.
+    std::optional<KeyCopy> keyCopy_;
 };
 
 }  // namespace Tavrin::Database

@@ -25,6 +25,7 @@ RedBlackTreeIndex::RedBlackTreeIndex(const IndexSpecification& specification, co
     : Index(specification, tableFieldList, factory),
       order_(*GetFieldList(), GetComparedFieldCount()),
       distinctKeys_(IsPrimaryUnique() || IsUnique() || IsDuplicate()),
+      duplicateTail_(IsDuplicate() ? GetFieldList()->GetDataLength() : 0),
       store_(this, GetKeySize() + Node::HeaderSize, initialEntries, growEntries) {
     scratch_.reset(new (std::nothrow) unsigned char[2 * GetKeySize() + Node::HeaderSize]);
     if (scratch_ == nullptr) ThrowDatabase(ConstructorOperation, DatabaseException::AllocateIndex);

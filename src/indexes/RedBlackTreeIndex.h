@@ -180,8 +180,16 @@ private:
     unsigned char* InsertionKey() const noexcept { return scratch_.get() + GetKeySize() + Node::HeaderSize; }
 
     // ---- Comparison and walks (RedBlackTreeWalk.cpp) ------------------------------------------
-    // CompareKey over the compared fields, then the duplicate tails as signed numbers.
-    int CompareFull(const unsigned char* key, const unsigned char* nodeKey) const noexcept;
+    // CompareKey over the compared fields, then the duplicate tails as signed numbers. Inline: it
+    // runs at every level of every descent.
+    int CompareFull(const unsigned char* key, const unsigned char* nodeKey) const noexcept {
+        const int result = order_.Compare(key, nodeKey);
+        if (result != 0 || duplicateTail_ == 0) return result;
+        // The record id as a signed number, so that -1 (not set) orders first.
+        const std::int32_t left = DecodeI32(key + duplicateTail_);
+        const std::int32_t right = DecodeI32(nodeKey + duplicateTail_);
+        return left < right ? -1 : (left > right ? 1 : 0);
+    }
     int ComparePrefix(const unsigned char* key, const unsigned char* nodeKey, const Prefix& prefix) const noexcept;
     // Descends from the root by `compare(nodeKey)`: below 0 left, else right, stopping at 0 when
     // `stopAtEqual`. 23 when the walk is longer than any valid tree.
@@ -245,6 +253,8 @@ private:
     KeyOrder order_;
     // True when no two nodes can hold equal full keys, so the last node found is a safe hint.
     bool distinctKeys_;
+    // Offset of the record id tail in a key of a Duplicate index; 0 in any other index.
+    std::uint32_t duplicateTail_;
     // The hints (see the top of this file).
     std::uint32_t lastNode_ = NoEntry;
     Descent insertionPoint_{};

@@ -7,16 +7,6 @@
 
 namespace Tavrin::Database {
 
-int RedBlackTreeIndex::CompareFull(const unsigned char* key, const unsigned char* nodeKey) const noexcept {
-    const int result = order_.Compare(key, nodeKey);
-    if (result != 0 || !IsDuplicate()) return result;
-    // The duplicate tail: the record id as a signed number, so that -1 (not set) orders first.
-    const std::uint32_t tail = GetFieldList()->GetDataLength();
-    const std::int32_t left = DecodeI32(key + tail);
-    const std::int32_t right = DecodeI32(nodeKey + tail);
-    return left < right ? -1 : (left > right ? 1 : 0);
-}
-
 int RedBlackTreeIndex::ComparePrefix(const unsigned char* key, const unsigned char* nodeKey,
                                      const Prefix& prefix) const noexcept {
     return GetFieldList()->CompareKey(key, nodeKey, prefix.fieldNumber, prefix.length);

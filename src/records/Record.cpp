@@ -57,7 +57,8 @@ StatusCode Record::Initialize(const Record& other) {
 }
 
 StatusCode Record::Initialize(ITable* table, const unsigned char* data, std::uint32_t recordId) {
-    const StatusCode status = BindTo(table);
+    // The whole image is copied over, so it needs no reset first.
+    const StatusCode status = BindWithoutReset(table);
     if (status != Status::Success) return status;
     std::memcpy(GetData(), data, GetFieldList()->GetDataLength());
     SetRecordId(recordId);
@@ -124,10 +125,13 @@ Key Record::GetPrimaryKey() const {
 }
 
 StatusCode Record::BindTo(ITable* table) {
+    const StatusCode status = BindWithoutReset(table);
+    return status == Status::Success ? table->ResetRecord(*this) : status;
+}
+
+StatusCode Record::BindWithoutReset(ITable* table) {
     if (!IsBindable(table)) return Status::Invalid;
-    const StatusCode status = Bind(table, table->GetFieldList(), table->GetRecordLength());
-    if (status != Status::Success) return status;
-    return table->ResetRecord(*this);
+    return Bind(table, table->GetFieldList(), table->GetRecordLength());
 }
 
 }  // namespace Tavrin::Database

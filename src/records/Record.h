@@ -73,6 +73,8 @@ private:
     // Binds to `table` (23 for a null table or a dead token, 41 if the image cannot be allocated)
     // and resets the image through the table.
     StatusCode BindTo(ITable* table);
+    // BindTo without the reset, for a caller that writes the whole image next.
+    StatusCode BindWithoutReset(ITable* table);
 };
 
 }  // namespace Tavrin::Database

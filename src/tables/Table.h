@@ -218,8 +218,11 @@ private:
     Index* GetKeyIndex(const Key& key) const noexcept;
     // Binds `record` to this table and copies the stored image of `recordId` into it.
     StatusCode FillFromStore(std::uint32_t recordId, Record& record);
+    // Appends the stored image of `recordId` to `records`; on failure the vector is as it was.
+    StatusCode AppendFromStore(std::uint32_t recordId, std::vector<Record>& records);
     // The store check (13), the key check (27), one index step and the copy into `record`; takes no
-    // lock. Every key read and batch starts here, so a table without a store answers 13 from it.
+    // lock. Every key read starts here (a batch repeats its checks), so a table without a store
+    // answers 13 from it.
     StatusCode ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length);
     // The one-record and batch frames of the key reads; each holds the mutex for the whole call.
     StatusCode ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t fieldId = 0,

@@ -71,22 +71,32 @@ StatusCode Table::ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t 
     return ReadByKey(step, key, record, fieldId, length);
 }
 
+StatusCode Table::AppendFromStore(std::uint32_t recordId, std::vector<Record>& records) {
+    unsigned char* image = nullptr;
+    StatusCode status = dataStore_->GetEntry(recordId, image);
+    if (status != Status::Success) return status;
+    // Filled in place: no temporary record and no second copy of the image.
+    status = records.emplace_back().Initialize(this, image, recordId);
+    if (status != Status::Success) records.pop_back();
+    return status;
+}
+
 StatusCode Table::ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
                             std::uint32_t maxRecords, std::uint16_t fieldId, std::uint32_t length) {
     MutexHolder holder(GetMutex());
-    Record found;
-    const StatusCode status = ReadByKey(first, key, found, fieldId, length);
+    // The checks of ReadByKey, whose first step is taken here to fill the vector in place.
+    if (HasNoStore()) return Status::NotAvailable;
+    Index* index = GetKeyIndex(key);
+    if (index == nullptr) return Status::KeyInvalid;
+    std::uint32_t recordId = FieldListObject::NoRecordId;
+    StatusCode status = StepIndex(*index, first, key, recordId, fieldId, length);
+    if (status == Status::Success) status = AppendFromStore(recordId, records);
     if (status != Status::Success) return status;
-    // The key was checked by the first step, so the later ones go to the index directly. Whatever
-    // ends the walk, a batch that found its first record succeeded; the next call tells the end.
-    Index& index = *GetKeyIndex(key);
-    for (;;) {
-        records.push_back(found);
-        // The count is of the whole vector, records the caller left in it included.
-        if (maxRecords != 0 && records.size() == maxRecords) break;
-        std::uint32_t recordId = FieldListObject::NoRecordId;
-        if (StepIndex(index, next, key, recordId, fieldId, length) != Status::Success) break;
-        if (FillFromStore(recordId, found) != Status::Success) break;
+    // Whatever ends the walk, a batch that found its first record succeeded; the next call tells
+    // the end. The count is of the whole vector, records the caller left in it included.
+    while (maxRecords == 0 || records.size() != maxRecords) {
+        if (StepIndex(*index, next, key, recordId, fieldId, length) != Status::Success) break;
+        if (AppendFromStore(recordId, records) != Status::Success) break;
     }
     return Status::Success;
 }

@@ -1,6 +1,7 @@
-// The inline key order must agree with FieldList::CompareKey on every pair of images: random
-// images of integer keys in both layouts, with undefined fields, signed values and descending
-// fields, compared both ways.
+// The plans an index makes once for its keys must agree with the general field machinery: the
+// inline key order with FieldList::CompareKey on every pair of images (random integer keys in
+// both layouts, with undefined fields, signed values and descending fields, compared both ways),
+// and the direct key copy with FieldList::CopyFieldByNumber byte for byte.
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "indexes/KeyCopy.h"
 #include "indexes/KeyOrder.h"
 #include "records/ManagedFieldListFactory.h"
 #include "records/UnmanagedFieldListFactory.h"
@@ -81,6 +83,55 @@ TEST(KeyOrder, KeysWithOtherTypesUseTheFieldList) {
     ASSERT_EQ(list->SetField(b.data(), 2, "abd", 3), Status::Success);
     EXPECT_LT(order.Compare(a.data(), b.data()), 0);
     EXPECT_GT(order.Compare(b.data(), a.data()), 0);
+}
+
+// A key of every fixed-filled field, in another order than the table's, built from random records
+// both ways; the key images start from the same stale bytes, which an undefined field leaves.
+void ExpectSameKeyAsTheGeneralCopy(const IFieldListFactory& factory) {
+    std::vector<FieldSpecification> tableFields = IntegerKeyFields();
+    tableFields.emplace_back(7, "Code", FieldSpecification::TextArray, 5, 24, 0);
+    const std::unique_ptr<FieldList> table(factory.Create(tableFields));
+    std::vector<FieldSpecification> keyFields;
+    std::vector<std::uint32_t> numbers;
+    std::uint32_t offset = 0;
+    for (const std::uint32_t number : {6u, 1u, 3u, 4u}) {
+        FieldSpecification field = table->GetFieldSpecificationList()[number];
+        keyFields.emplace_back(field.GetId(), field.GetName(), field.GetType(), field.GetMaxLength(), offset, 0);
+        offset += field.GetMaxLength();
+        numbers.push_back(number);
+    }
+    const std::unique_ptr<FieldList> key(factory.Create(keyFields));
+    const KeyCopy copy(*key, *table, numbers);
+    ASSERT_TRUE(copy.IsDirect());
+    std::mt19937 random(9);
+    std::vector<unsigned char> record(table->GetDataLength());
+    std::vector<unsigned char> direct(key->GetDataLength(), 0x5A);
+    std::vector<unsigned char> general(key->GetDataLength(), 0x5A);
+    for (int round = 0; round < 500; ++round) {
+        FillRandom(*table, record.data(), random);
+        ASSERT_EQ(copy.Build(direct.data(), record.data()), Status::Success);
+        for (std::uint32_t i = 0; i < numbers.size(); ++i) {
+            ASSERT_EQ(key->CopyFieldByNumber(i, general.data(), numbers[i], *table, record.data()), Status::Success);
+        }
+        ASSERT_EQ(direct, general) << "round " << round;
+    }
+}
+
+TEST(KeyCopy, DirectCopyLeavesTheBytesOfTheGeneralCopy) {
+    ExpectSameKeyAsTheGeneralCopy(ManagedFieldListFactory::GetInstance());
+    ExpectSameKeyAsTheGeneralCopy(UnmanagedFieldListFactory::GetInstance());
+}
+
+TEST(KeyCopy, VariableLengthAndSelfSizedFieldsTakeTheGeneralCopy) {
+    const std::unique_ptr<FieldList> table(ManagedFieldListFactory::GetInstance().Create(
+        {FieldSpecification(1, "Name", FieldSpecification::TextString, 8, 0, 0),
+         FieldSpecification(2, "When", FieldSpecification::DateTime, 7, 8, 0)}));
+    for (const std::uint32_t number : {0u, 1u}) {
+        FieldSpecification field = table->GetFieldSpecificationList()[number];
+        const std::unique_ptr<FieldList> key(ManagedFieldListFactory::GetInstance().Create(
+            {FieldSpecification(field.GetId(), field.GetName(), field.GetType(), field.GetMaxLength(), 0, 0)}));
+        EXPECT_FALSE(KeyCopy(*key, *table, {number}).IsDirect()) << field.GetName();
+    }
 }
 
 }  // namespace
