@@ -281,8 +281,9 @@ private:
     // Binds `key` to index `number` and builds it from a record image and its id.
     StatusCode MakeIndexKey(Key& key, std::uint16_t number, const unsigned char* image, std::uint32_t id);
     // Stores a new record and adds its key to every index; a failure is undone and is the result.
-    StatusCode AddNewRecord(Record* previous, Record& record);
-    StatusCode InsertKeys(const unsigned char* image, std::uint32_t id, std::uint16_t& inserted);
+    // `primaryKey` is the primary index's key of the record, as the lookup that found it new built it.
+    StatusCode AddNewRecord(Record* previous, Record& record, const Key& primaryKey);
+    StatusCode InsertKeys(const unsigned char* image, std::uint32_t id, const Key& primaryKey, std::uint16_t& inserted);
     StatusCode UndoInsertKeys(const unsigned char* image, std::uint32_t id, std::uint16_t inserted,
                               StatusCode failure);
     // Replaces the record `id` that the primary key found, moving the keys of the other indexes

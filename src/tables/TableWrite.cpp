@@ -122,10 +122,10 @@ StatusCode Table::WriteByKey(Record& record, Record* previous, const std::vector
     status = IndexAt(primaryIndex_).Find(key, foundId);
 
     if (status == Status::NotFound) {
-        if (fieldIds == nullptr) return AddNewRecord(previous, record);
+        if (fieldIds == nullptr) return AddNewRecord(previous, record, key);
         Record merged(key);  // holds the key's fields and nothing else
         status = MergeFields(merged, record, *fieldIds);
-        return status == Status::Success ? AddNewRecord(previous, merged) : status;
+        return status == Status::Success ? AddNewRecord(previous, merged, key) : status;
     }
     if (status != Status::Success) return status;
 
@@ -155,7 +155,7 @@ StatusCode Table::MakeIndexKey(Key& key, std::uint16_t number, const unsigned ch
 
 // ---- Adding a record -------------------------------------------------------------------------------
 
-StatusCode Table::AddNewRecord(Record* previous, Record& record) {
+StatusCode Table::AddNewRecord(Record* previous, Record& record, const Key& primaryKey) {
     // Unbound: nothing was replaced.
     if (previous != nullptr) *previous = Record();
     std::uint32_t id = NoRecordId;
@@ -164,26 +164,31 @@ StatusCode Table::AddNewRecord(Record* previous, Record& record) {
     record.SetRecordId(id);
 
     std::uint16_t inserted = 0;
-    const StatusCode status = StatusOf([&] { return InsertKeys(record.GetData(), id, inserted); });
+    const StatusCode status = StatusOf([&] { return InsertKeys(record.GetData(), id, primaryKey, inserted); });
     if (status == Status::Success) return Status::Success;
     return UndoInsertKeys(record.GetData(), id, inserted, status);
 }
 
 // Adds the record's key to each index in number order; `inserted` counts the indexes that took it.
-StatusCode Table::InsertKeys(const unsigned char* image, std::uint32_t id, std::uint16_t& inserted) {
+StatusCode Table::InsertKeys(const unsigned char* image, std::uint32_t id, const Key& primaryKey,
+                             std::uint16_t& inserted) {
     Key key;
     for (std::uint16_t number = 0; number < numberOfIndexes_; ++number) {
-        StatusCode status = MakeIndexKey(key, number, image, id);
-        if (status != Status::Success) return status;
         Index& index = IndexAt(number);
-        // WriteRecord has just asked the primary index for this key.
-        if (number != primaryIndex_) {
+        // WriteRecord has just asked the primary index for this key; its key serves again unless
+        // it carries a record id, which the lookup did not know.
+        const bool primary = number == primaryIndex_;
+        StatusCode status = Status::Success;
+        if (!primary || index.IsDuplicate()) status = MakeIndexKey(key, number, image, id);
+        if (status != Status::Success) return status;
+        const Key& indexKey = primary && !index.IsDuplicate() ? primaryKey : key;
+        if (!primary) {
             std::uint32_t foundId = NoRecordId;
-            status = index.Find(key, foundId);
+            status = index.Find(indexKey, foundId);
             if (status == Status::Success) return Status::IndexConflict;
             if (status != Status::NotFound) return status;
         }
-        status = index.Add(key, id);
+        status = index.Add(indexKey, id);
         if (status != Status::Success) return status;
         inserted = static_cast<std::uint16_t>(number + 1);
     }
