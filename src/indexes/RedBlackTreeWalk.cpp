@@ -19,6 +19,9 @@ StatusCode RedBlackTreeIndex::Descend(Compare compare, bool stopAtEqual, Descent
     for (std::uint32_t depth = 0; id != sentinel_; ++depth) {
         if (depth == MaxWalk) return Status::Invalid;
         const Node node = NodeAt(id);
+        // Both children load while this node compares; one of them is the next visit.
+        store_.PrefetchEntry(node.GetLeft());
+        store_.PrefetchEntry(node.GetRight());
         descent.last = id;
         descent.result = compare(node.GetKey());
         if (descent.result == 0 && stopAtEqual) {
@@ -157,7 +160,15 @@ StatusCode RedBlackTreeIndex::Step(Key& key, std::uint32_t& recordId, Side side)
     if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     std::uint32_t node = sentinel_;
     const StatusCode status = StepNode(key, side, node);
-    return status != Status::Success ? status : Deliver(node, key, recordId);
+    if (status != Status::Success) return status;
+    if (node != sentinel_) {
+        // The next step the same way starts from the child on that side or from the parent: both
+        // load while the caller reads this node's record.
+        const Node found = NodeAt(node);
+        store_.PrefetchEntry(found.GetChild(side));
+        store_.PrefetchEntry(found.GetParent());
+    }
+    return Deliver(node, key, recordId);
 }
 
 // Fields behind the compared ones are carried in the key but take no part in the tree's order, so
