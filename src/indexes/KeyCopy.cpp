@@ -11,12 +11,12 @@ KeyCopy::KeyCopy(const FieldList& keyList, const FieldList& tableList, const std
         const FieldSpecification& target = key.GetSpecification();
         const std::uint32_t number = tableNumbers[key.GetNumber()];
         const FieldSpecification& source = tableFields[number];
-        const Field field{source.GetOffset(), target.GetOffset(), target.GetMaxLength(), Locate(tableList, number),
-                          Locate(keyList, key.GetNumber())};
+        const Field field{source.GetOffset(), target.GetOffset(), target.GetMaxLength(),
+                          DefinedBit::Of(tableList, number), DefinedBit::Of(keyList, key.GetNumber())};
         // Both layouts must agree on whether fields can be undefined, as the general copy refuses an
         // undefined value where the key can't hold one.
         if (!IsFixedFilled(target) || !IsFixedFilled(source) || target.GetMaxLength() != source.GetMaxLength() ||
-            (field.source.mask == 0) != (field.target.mask == 0)) {
+            field.source.IsAlwaysDefined() != field.target.IsAlwaysDefined()) {
             direct_ = false;
             fields_.clear();
             return;
@@ -31,12 +31,6 @@ bool KeyCopy::IsFixedFilled(const FieldSpecification& field) noexcept {
            type != FieldSpecification::Time;
 }
 
-KeyCopy::Bit KeyCopy::Locate(const FieldList& list, std::uint32_t number) noexcept {
-    Bit bit;
-    if (!list.LocateDefinedBit(number, bit.byte, bit.mask)) bit.mask = 0;
-    return bit;
-}
-
 StatusCode KeyCopy::Build(unsigned char* key, const unsigned char* record) const {
     if (!direct_) {
         const std::uint32_t count = keyList_->GetFieldCount();
@@ -47,14 +41,9 @@ StatusCode KeyCopy::Build(unsigned char* key, const unsigned char* record) const
         return Status::Success;
     }
     for (const Field& field : fields_) {
-        const bool defined = field.source.mask == 0 || (record[field.source.byte] & field.source.mask) != 0;
+        const bool defined = field.source.IsSet(record);
         if (defined) std::memcpy(key + field.to, record + field.from, field.length);
-        if (field.target.mask == 0) continue;
-        if (defined) {
-            key[field.target.byte] |= field.target.mask;
-        } else {
-            key[field.target.byte] &= static_cast<unsigned char>(~field.target.mask);
-        }
+        field.target.Set(key, defined);
     }
     return Status::Success;
 }

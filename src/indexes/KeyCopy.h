@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "base/Status.h"
+#include "records/DefinedBit.h"
 #include "records/FieldList.h"
 
 namespace Tavrin::Database {
@@ -31,22 +32,15 @@ public:
     bool IsDirect() const noexcept { return direct_; }
 
 private:
-    // Where a definedness bit lies; mask 0 for a layout whose fields are always defined.
-    struct Bit {
-        std::uint32_t byte = 0;
-        unsigned char mask = 0;
-    };
-
     struct Field {
         std::uint32_t from;
         std::uint32_t to;
         std::uint32_t length;
-        Bit source;
-        Bit target;
+        DefinedBit source;
+        DefinedBit target;
     };
 
     static bool IsFixedFilled(const FieldSpecification& field) noexcept;
-    static Bit Locate(const FieldList& list, std::uint32_t number) noexcept;
 
     const FieldList* keyList_;
     const FieldList* tableList_;

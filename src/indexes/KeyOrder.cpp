@@ -20,13 +20,10 @@ KeyOrder::KeyOrder(const FieldList& list, std::uint32_t comparedFields)
             fields_.clear();
             return;
         }
-        IntegerField integer{specification.GetOffset(), specification.GetMaxLength(), 0, 0,
-                             specification.GetType() == FieldSpecification::SInt,
-                             specification.IsDescending() ? -1 : 1};
-        if (!list.LocateDefinedBit(field.GetNumber(), integer.definedByte, integer.definedMask)) {
-            integer.definedMask = 0;
-        }
-        fields_.push_back(integer);
+        fields_.push_back(IntegerField{specification.GetOffset(), specification.GetMaxLength(),
+                                       DefinedBit::Of(list, field.GetNumber()),
+                                       specification.GetType() == FieldSpecification::SInt,
+                                       specification.IsDescending() ? -1 : 1});
     }
 }
 

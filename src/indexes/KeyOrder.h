@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "base/Encoding.h"
+#include "records/DefinedBit.h"
 #include "records/FieldList.h"
 
 namespace Tavrin::Database {
@@ -42,18 +43,13 @@ private:
     struct IntegerField {
         std::uint32_t offset;
         std::uint32_t width;
-        std::uint32_t definedByte;
-        unsigned char definedMask;  // 0: the layout keeps no such bit, the field is always defined
+        DefinedBit defined;
         bool isSigned;
         int direction;
 
-        bool IsDefined(const unsigned char* image) const noexcept {
-            return definedMask == 0 || (image[definedByte] & definedMask) != 0;
-        }
-
         int Compare(const unsigned char* a, const unsigned char* b) const noexcept {
-            const bool definedA = IsDefined(a);
-            const bool definedB = IsDefined(b);
+            const bool definedA = defined.IsSet(a);
+            const bool definedB = defined.IsSet(b);
             int order = 0;
             if (!definedA || !definedB) {
                 order = static_cast<int>(definedA) - static_cast<int>(definedB);

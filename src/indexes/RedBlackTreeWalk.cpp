@@ -78,8 +78,7 @@ StatusCode RedBlackTreeIndex::FindNode(const Key& key, std::uint32_t& node) {
 // descent. A backward step has no such shortcut, but in an index of distinct keys a node that holds
 // the key is the one a descent would find, so both steps try the last node found.
 StatusCode RedBlackTreeIndex::StepNode(const Key& key, Side side, std::uint32_t& node) {
-    const std::uint32_t known =
-        side == Node::Right ? KnownNode(key) : (distinctKeys_ ? KnownNode(key) : sentinel_);
+    const std::uint32_t known = side == Node::Right || distinctKeys_ ? KnownNode(key) : sentinel_;
     if (known != sentinel_) {
         node = Neighbour(known, side);
         return Status::Success;

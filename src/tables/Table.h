@@ -220,9 +220,11 @@ private:
     StatusCode FillFromStore(std::uint32_t recordId, Record& record);
     // Appends the stored image of `recordId` to `records`; on failure the vector is as it was.
     StatusCode AppendFromStore(std::uint32_t recordId, std::vector<Record>& records);
-    // The store check (13), the key check (27), one index step and the copy into `record`; takes no
-    // lock. Every key read starts here (a batch repeats its checks), so a table without a store
+    // The store check (13), the key check (27) and one index step, which gives the record id; takes
+    // no lock. Every key read and every step of a batch starts here, so a table without a store
     // answers 13 from it.
+    StatusCode StepByKey(KeyStep step, Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    // StepByKey and the copy of the record found into `record`; takes no lock.
     StatusCode ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length);
     // The one-record and batch frames of the key reads; each holds the mutex for the whole call.
     StatusCode ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t fieldId = 0,

@@ -3,9 +3,10 @@
 // Every key read has one frame: check the key (27), one step on the key's index, the stored image
 // of the record id that the step gives, a copy of it into the caller's record. A walk keeps its
 // place in the caller's Key (the index leaves the key it found there), a store walk in the caller's
-// record id, so the table keeps no walk state. A batch repeats the frame into a temporary record
-// and appends a copy of it, under one hold of the mutex. A table without a store answers 13 from the
-// key check (ReadByKey, which every key read and batch starts with) and the first store step.
+// record id, so the table keeps no walk state. A batch repeats the frame under one hold of the
+// mutex, filling each record in place at the end of the caller's vector. A table without a store
+// answers 13 from the key check (StepByKey, which every key read starts with) and the first store
+// step.
 
 #include "base/MutexHolder.h"
 #include "indexes/Index.h"
@@ -56,14 +57,18 @@ StatusCode Table::FillFromStore(std::uint32_t recordId, Record& record) {
     return record.Initialize(this, image, recordId);
 }
 
-StatusCode Table::ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) {
+StatusCode Table::StepByKey(KeyStep step, Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
+                            std::uint32_t length) {
     if (HasNoStore()) return Status::NotAvailable;
     Index* index = GetKeyIndex(key);
     if (index == nullptr) return Status::KeyInvalid;
+    return StepIndex(*index, step, key, recordId, fieldId, length);
+}
+
+StatusCode Table::ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) {
     std::uint32_t recordId = FieldListObject::NoRecordId;
-    const StatusCode status = StepIndex(*index, step, key, recordId, fieldId, length);
-    if (status != Status::Success) return status;
-    return FillFromStore(recordId, record);
+    const StatusCode status = StepByKey(step, key, recordId, fieldId, length);
+    return status == Status::Success ? FillFromStore(recordId, record) : status;
 }
 
 StatusCode Table::ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length) {
@@ -72,11 +77,8 @@ StatusCode Table::ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t 
 }
 
 StatusCode Table::AppendFromStore(std::uint32_t recordId, std::vector<Record>& records) {
-    unsigned char* image = nullptr;
-    StatusCode status = dataStore_->GetEntry(recordId, image);
-    if (status != Status::Success) return status;
     // Filled in place: no temporary record and no second copy of the image.
-    status = records.emplace_back().Initialize(this, image, recordId);
+    const StatusCode status = FillFromStore(recordId, records.emplace_back());
     if (status != Status::Success) records.pop_back();
     return status;
 }
@@ -84,18 +86,14 @@ StatusCode Table::AppendFromStore(std::uint32_t recordId, std::vector<Record>& r
 StatusCode Table::ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
                             std::uint32_t maxRecords, std::uint16_t fieldId, std::uint32_t length) {
     MutexHolder holder(GetMutex());
-    // The checks of ReadByKey, whose first step is taken here to fill the vector in place.
-    if (HasNoStore()) return Status::NotAvailable;
-    Index* index = GetKeyIndex(key);
-    if (index == nullptr) return Status::KeyInvalid;
     std::uint32_t recordId = FieldListObject::NoRecordId;
-    StatusCode status = StepIndex(*index, first, key, recordId, fieldId, length);
+    StatusCode status = StepByKey(first, key, recordId, fieldId, length);
     if (status == Status::Success) status = AppendFromStore(recordId, records);
     if (status != Status::Success) return status;
     // Whatever ends the walk, a batch that found its first record succeeded; the next call tells
     // the end. The count is of the whole vector, records the caller left in it included.
     while (maxRecords == 0 || records.size() != maxRecords) {
-        if (StepIndex(*index, next, key, recordId, fieldId, length) != Status::Success) break;
+        if (StepByKey(next, key, recordId, fieldId, length) != Status::Success) break;
         if (AppendFromStore(recordId, records) != Status::Success) break;
     }
     return Status::Success;
