@@ -22,14 +22,10 @@ TEST(FieldText, TextColumnPerType) {
     EXPECT_EQ(TextOf(FieldSpecification::TextString, {'a', '\t', 200, 127, '~'}), "a...~");
     EXPECT_EQ(TextOf(FieldSpecification::SInt, {65}), "A");  // one byte goes out as a character
     EXPECT_EQ(TextOf(FieldSpecification::SInt, {0xFB, 0xFF}), "-5");
-    EXPECT_EQ(TextOf(FieldSpecification::SInt, {1, 2, 3}), "");
-    EXPECT_EQ(TextOf(FieldSpecification::UInt, {200}), "200");
     EXPECT_EQ(TextOf(FieldSpecification::UInt, {0xFF, 0xFF, 0xFF, 0xFF}), "4294967295");
     EXPECT_EQ(TextOf(FieldSpecification::UInt, {1, 2, 3}), "");
     EXPECT_EQ(TextOf(FieldSpecification::Boolean, {0, 1}), "true");
-    EXPECT_EQ(TextOf(FieldSpecification::Boolean, {0}), "false");
     EXPECT_EQ(TextOf(FieldSpecification::BinaryArray, {0x00, 0xAB}), "00ab");
-    EXPECT_EQ(TextOf(FieldSpecification::Pointer, {0x10}), "10");
 
     Date date;
     ASSERT_EQ(date.Set(2026, 11, 22), Status::Success);

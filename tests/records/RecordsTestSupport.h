@@ -89,6 +89,21 @@ struct Image {
     std::vector<unsigned char> bytes;
 };
 
+// The bytes that `Serialize(builder, args...)` writes.
+template <class Object, class... Args>
+std::vector<unsigned char> Serialized(const Object& object, Args... args) {
+    MessageBuilder builder;
+    EXPECT_EQ(object.Serialize(builder, args...), Status::Success);
+    return std::vector<unsigned char>(builder.GetBuffer(), builder.GetBuffer() + builder.GetLength());
+}
+
+// Reads `object` back from `message`.
+template <class Object>
+StatusCode Read(const std::vector<unsigned char>& message, Object& object) {
+    MessageValidator validator(message.data(), static_cast<std::uint32_t>(message.size()));
+    return object.Deserialize(validator);
+}
+
 inline const unsigned char* Bytes(const char* text) { return reinterpret_cast<const unsigned char*>(text); }
 
 // Calls `read` on every proper prefix of `message`, each copied into a heap buffer of exactly its
