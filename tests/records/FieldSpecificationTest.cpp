@@ -105,12 +105,7 @@ TEST(FieldSpecificationWire, ExactBytesRoundTripAndCuts) {
     });
 }
 
-TEST(FieldSpecificationWire, WideIdsAndLongNamesAreRefused) {
-    std::array<unsigned char, 6> wide = {0x00, 0x00, 0x01, 0x00, 0, 0};  // id 65536
-    MessageValidator validator(wide.data(), wide.size());
-    FieldSpecification specification;
-    EXPECT_EQ(specification.Deserialize(validator), Status::OutOfRange);
-
+TEST(FieldSpecificationWire, LongNamesAreRefused) {
     MessageBuilder builder;
     const FieldSpecification longName(1, std::string(65536, 'n'), FieldSpecification::TextString, 4, 0, 0);
     EXPECT_EQ(longName.Serialize(builder), Status::Invalid);
