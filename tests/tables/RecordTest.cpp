@@ -228,14 +228,5 @@ TEST(Record, MatchingFieldsByNameNeedSameNameAndType) {
     EXPECT_EQ(Record().GetMatchingFieldsById(byId, record), Status::NotUsable);
 }
 
-TEST(Record, KeyOfATableWithoutIndexesCannotBeMade) {
-    const auto table = Managed(PeopleFields());
-    const Record record(table.get());
-    Testing::ExpectDatabaseException([&] { record.GetPrimaryKey(); }, DatabaseException::AllocateIndex,
-                                     "Tavrin::Database::Key::Key", "");
-    Testing::ExpectDatabaseException([&] { record.GetKey(0); }, DatabaseException::AllocateIndex,
-                                     "Tavrin::Database::Key::Key", "");
-}
-
 }  // namespace
 }  // namespace Tavrin::Database

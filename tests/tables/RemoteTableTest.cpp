@@ -96,7 +96,6 @@ TEST(RemoteTable, AnswersNotAvailableWhereRecordsWouldBeNeeded) {
     Key key(remote.get(), 0);
     Key unbound;
     Record record(remote.get());
-    Record other(remote.get());
     std::vector<Key> keys{key};
     std::vector<unsigned char> statuses;
     std::vector<Record> records;
@@ -104,19 +103,12 @@ TEST(RemoteTable, AnswersNotAvailableWhereRecordsWouldBeNeeded) {
     std::uint32_t count = 7;
     const std::vector<std::function<StatusCode()>> operations{
         [&] { return table.OpenRecordFile(); },
-        [&] { return table.CloseRecordFile(); },
         [&] { return table.Clear(); },
         [&] { return table.WriteRecord(record); },
-        [&] { return table.WriteRecord(record, other); },
-        [&] { return table.WriteRecord(record, std::vector<std::uint16_t>{1}); },
         [&] { return table.RemoveRecord(key); },
-        [&] { return table.RemoveRecord(unbound, other); },
-        [&] { return table.GetEqual(key, record); },
         [&] { return table.GetEqual(keys, statuses, records); },
         [&] { return table.GetFirst(key, records, 0); },
         [&] { return table.GetNextEqual(unbound, records, 1, 0xFFFFFFFF, 0); },
-        [&] { return table.GetPrevious(key, record); },
-        [&] { return table.GetFirstRecord(number, record); },
         [&] { return table.GetNextRecord(number, records, 0); },
         [&] { return table.GetMaxRecords(count); },
         [&] { return table.GetCurrentRecords(count); },

