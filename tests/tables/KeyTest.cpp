@@ -108,8 +108,6 @@ std::int32_t Tail(const Key& key) { return DecodeI32(key.GetData() + key.GetFiel
 TEST_F(KeyTest, BindsToAnIndexWithAnEmptyKey) {
     const Key key(table_.get(), ByName);
     EXPECT_TRUE(key.IsInitialized());
-    EXPECT_EQ(key.GetIndexNumber(), ByName);
-    EXPECT_EQ(key.GetFieldList(), key.GetIndex()->GetFieldList());
     EXPECT_EQ(key.GetRecordId(), FieldListObject::NoRecordId);
     EXPECT_TRUE(key.IsInline());
     EXPECT_FALSE(IsDefined(key, 2));

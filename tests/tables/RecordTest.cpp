@@ -56,7 +56,6 @@ TEST(Record, BindingAndResetGiveAnEmptyImageAndNoRecordId) {
     const auto table = Managed(PeopleFields());
     Record record(table.get());
     EXPECT_TRUE(record.IsInitialized());
-    EXPECT_EQ(record.GetFieldList(), table->GetFieldList());
     EXPECT_EQ(record.GetRecordId(), FieldListObject::NoRecordId);
     EXPECT_FALSE(IsAgeDefined(record));
     SetAge(record, 9);

@@ -81,7 +81,6 @@ TEST(TableAccessors, ResetRecordOnlyForItsOwnRecords) {
     std::unique_ptr<ITable> table = MakeInMemory("R");
     std::unique_ptr<ITable> other = MakeInMemory("R");
     Record record(table.get());
-    ASSERT_TRUE(record.IsInitialized());
     const FieldList& fields = *table->GetFieldList();
     const std::int32_t age = 42;
     ASSERT_EQ(fields.SetField(record.GetData(), 1, &age, 4), Status::Success);

@@ -111,8 +111,6 @@ TEST(TableIndexes, RefusedSpecificationsLeaveTheIndexesBeforeThem) {
 TEST(TableIndexes, FailedTemporaryIndexKeepsTheNextNumber) {
     auto table = MakePeople();
     WritePeople(*table, 1, 6);
-    IndexSpecification hash("H", IndexSpecification::Hash, IndexSpecification::UniqueProperty, {Field(kNote, 0)});
-    EXPECT_EQ(Catch([&] { table->CreateTemporaryIndex(hash); }).code, DatabaseException::NotSupported);
     // Groups repeat: a unique index over them can't be built.
     IndexSpecification repeated = Tree("Unique groups", IndexSpecification::UniqueProperty, kGroup);
     const Thrown thrown = Catch([&] { table->CreateTemporaryIndex(repeated); });

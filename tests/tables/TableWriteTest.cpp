@@ -195,34 +195,6 @@ TEST(TableWrite, FailedAddIsUndoneInTheStoreAndEveryIndex) {
     EXPECT_EQ(CountOf(table), 3u);
 }
 
-TEST(TableWrite, FailedUpdateIsUndoneAndTheFailingIndexGetsItsOldKeyBack) {
-    FaultyTable table;
-    WriteAll(table, {{1, 10, 5, 50}, {2, 20, 5, 40}, {3, 30, 6, 50}});
-    const Snapshot before = Take(table);
-    // Code and group change, so both secondary indexes move the key of record 1.
-    const Person changed{1, 15, 7, 50, "changed"};
-
-    // The last index took the old key out and then refused the new one.
-    table.Faulty(kByGroup).add = Fault{0, Status::StoreFull};
-    Record record = ToRecord(table, changed);
-    EXPECT_EQ(table.WriteRecord(record), Status::StoreFull);
-    EXPECT_EQ(Take(table), before);
-    ExpectIndexesMatchStore(table);
-
-    table.Faulty(kByGroup).remove = Fault{0, Status::Invalid, true};
-    EXPECT_EQ(table.WriteRecord(record), Status::Invalid);
-    EXPECT_EQ(Take(table), before);
-
-    table.Faulty(kByCode).add = Fault{0, Status::Invalid, true};
-    EXPECT_EQ(table.WriteRecord(record), Status::Invalid);
-    EXPECT_EQ(Take(table), before);
-    ExpectIndexesMatchStore(table);
-
-    EXPECT_EQ(table.WriteRecord(record), Status::Success);
-    EXPECT_EQ(Stored(table, 1), changed);
-    ExpectIndexesMatchStore(table);
-}
-
 TEST(TableWrite, RemovalGoesOnPastAFailingIndex) {
     FaultyTable table;
     WriteAll(table, {{1, 10, 5, 50}, {2, 20, 5, 40}});
