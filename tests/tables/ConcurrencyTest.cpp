@@ -8,10 +8,10 @@
 #include <cstdint>
 #include <memory>
 #include <random>
-#include <set>
 #include <thread>
 #include <vector>
 
+#include "WriteTestSupport.h"
 #include "records/Key.h"
 #include "records/Record.h"
 #include "schema/IndexSpecification.h"
@@ -116,30 +116,11 @@ TEST(TableConcurrency, WritersAndReadersShareATableWithAMutex) {
     for (auto& reader : readers) reader.join();
     EXPECT_EQ(failures.load(), 0);
 
-    // The store and both indexes hold the same records, each whole, each id once.
-    std::uint32_t current = 0;
-    ASSERT_EQ(table->GetCurrentRecords(current), Status::Success);
-    std::set<std::uint64_t> inStore;
-    Record record(table.get());
-    std::uint32_t recordId = 0;
-    for (StatusCode s = table->GetFirstRecord(recordId, record); s == Status::Success;
-         s = table->GetNextRecord(recordId, record)) {
-        ASSERT_TRUE(IsWhole(record));
-        std::uint64_t id = 0;
-        record.GetFieldList()->GetField(record.GetData(), IdField, id);
-        EXPECT_TRUE(inStore.insert(id).second);
-    }
-    EXPECT_EQ(inStore.size(), current);
-    for (std::uint16_t index = 0; index < 2; ++index) {
-        Key key(table.get(), index);
-        std::set<std::uint64_t> inIndex;
-        for (StatusCode s = table->GetFirst(key, record); s == Status::Success; s = table->GetNext(key, record)) {
-            std::uint64_t id = 0;
-            record.GetFieldList()->GetField(record.GetData(), IdField, id);
-            inIndex.insert(id);
-        }
-        EXPECT_EQ(inIndex, inStore) << "index " << index;
-    }
+    // The store and both indexes hold the same records, each whole; the primary index makes each id once.
+    const std::vector<Record> stored = Testing::StoredRecords(*table);
+    EXPECT_EQ(Testing::CountOf(*table), stored.size());
+    for (const Record& record : stored) EXPECT_TRUE(IsWhole(record));
+    Testing::ExpectIndexesMatchStore(*table);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Key on a table whose indexes are plain Index objects: binding, the duplicate tail, building keys
+// Key on a table of Index objects in temporary memory: binding, the duplicate tail, building keys
 // from records, values and other keys, comparison, the serialised form, and stale keys.
 
 #include <gtest/gtest.h>
@@ -9,74 +9,35 @@
 #include <string>
 #include <vector>
 
+#include "WriteTestSupport.h"
 #include "base/Encoding.h"
-#include "indexes/Index.h"
 #include "records/Key.h"
-#include "records/ManagedFieldListFactory.h"
 #include "records/Record.h"
 #include "records/RecordsTestSupport.h"
-#include "tables/Table.h"
 
 namespace Tavrin::Database {
 namespace {
 
 using Field = IndexSpecification::Field;
 
-// A managed table in temporary memory whose indexes are plain Index objects, numbered in the order
-// given. The first index that is primary unique or unique is the primary one.
-class IndexedTable final : public Table {
-public:
-    static std::unique_ptr<IndexedTable> Make(const std::vector<IndexSpecification>& indexes) {
-        std::unique_ptr<IndexedTable> table(new IndexedTable());
-        const std::string name = "Indexed";
-        const std::vector<FieldSpecification> fields{
-            FieldSpecification(1, "Id", FieldSpecification::UInt, 4, 0, 0),
-            FieldSpecification(2, "Name", FieldSpecification::TextString, 10, 0, 0),
-            FieldSpecification(3, "Score", FieldSpecification::SInt, 4, 0, 0)};
-        table->Construct(Settings{name, nullptr, 1, fields, 10, 0, HalfOfMaxRecords, 0xFFFFFFFF}, &MakeList);
-        for (IndexSpecification specification : indexes) {
-            specification.SetNumber(static_cast<std::uint16_t>(table->indexes_.size()));
-            table->indexes_.push_back(std::make_unique<Index>(specification, *table->GetFieldList(),
-                                                              ManagedFieldListFactory::GetInstance()));
-            if (table->primary_ == NoIndex && (specification.IsPrimaryUnique() || specification.IsUnique())) {
-                table->primary_ = specification.GetNumber();
-            }
-        }
-        return table;
-    }
-    ~IndexedTable() override {
-        indexes_.clear();
-        ReleaseStorage();
-    }
+using IndexedTable = Testing::FaultyTable;
 
-    void CreateIndexes(std::vector<IndexSpecification>&) override {}
-    void CreateTemporaryIndex(IndexSpecification&) override {}
-    bool IsManaged() override { return true; }
-    std::uint32_t GetNumberOfIndexes() override { return static_cast<std::uint32_t>(indexes_.size()); }
-    std::uint16_t GetPrimaryIndex() override { return primary_; }
-    StatusCode GetIndex(std::uint16_t number, IIndex*& index) override {
-        if (number >= indexes_.size()) return Status::IndexConflict;
-        index = indexes_[number].get();
-        return Status::Success;
-    }
-    void Renew() { RenewIdentityToken(); }
-
-private:
-    IndexedTable() = default;
-    static FieldList* MakeList(const std::vector<FieldSpecification>& fields, std::uint32_t) {
-        return ManagedFieldListFactory::GetInstance().Create(fields);
-    }
-
-    std::vector<std::unique_ptr<Index>> indexes_;
-    std::uint16_t primary_ = NoIndex;
-};
+// A table in temporary memory over Id, Name and Score, with `indexes` numbered in the order given.
+std::unique_ptr<IndexedTable> MakeTable(const std::vector<IndexSpecification>& indexes) {
+    return std::make_unique<IndexedTable>(
+        10,
+        std::vector<FieldSpecification>{FieldSpecification(1, "Id", FieldSpecification::UInt, 4, 0, 0),
+                                        FieldSpecification(2, "Name", FieldSpecification::TextString, 10, 0, 0),
+                                        FieldSpecification(3, "Score", FieldSpecification::SInt, 4, 0, 0)},
+        indexes);
+}
 
 constexpr std::uint16_t ById = 0;       // unique on Id
 constexpr std::uint16_t ByName = 1;     // duplicates allowed, on Name then Score
 constexpr std::uint16_t ByScore = 2;    // unique on Score, descending
 
 std::vector<IndexSpecification> ThreeIndexes() {
-    return {IndexSpecification("ById", IndexSpecification::Hash, IndexSpecification::PrimaryUniqueProperty,
+    return {IndexSpecification("ById", IndexSpecification::RedBlack, IndexSpecification::PrimaryUniqueProperty,
                                {Field(1, 0)}),
             IndexSpecification("ByName", IndexSpecification::RedBlack, IndexSpecification::DuplicateProperty,
                                {Field(2, 0), Field(3, 0)}),
@@ -86,7 +47,7 @@ std::vector<IndexSpecification> ThreeIndexes() {
 
 class KeyTest : public testing::Test {
 protected:
-    std::unique_ptr<IndexedTable> table_ = IndexedTable::Make(ThreeIndexes());
+    std::unique_ptr<IndexedTable> table_ = MakeTable(ThreeIndexes());
 
     Record MakeRecord(std::uint32_t id, const char* name, std::int32_t score, std::uint32_t recordId) {
         Record record(table_.get());
@@ -147,7 +108,7 @@ TEST_F(KeyTest, DuplicateKeysTieBreakByRecordIdUniqueKeysDoNot) {
 }
 
 TEST_F(KeyTest, KeyFromRecordOfAnotherTableIsRefused) {
-    const auto other = IndexedTable::Make(ThreeIndexes());
+    const auto other = MakeTable(ThreeIndexes());
     const Record foreign(other.get());
     Key key(table_.get(), ById);
     EXPECT_EQ(key.BuildKey(foreign), Status::OtherTable);
@@ -191,7 +152,7 @@ TEST_F(KeyTest, KeyFromRecordGoesThroughTheIndexOrByIdAcrossTables) {
     ASSERT_EQ(key.CopyFields(MakeRecord(1, "Gus", 4, 12), true), Status::Success);
     EXPECT_EQ(Tail(key), 12);
 
-    const auto other = IndexedTable::Make({IndexSpecification(
+    const auto other = MakeTable({IndexSpecification(
         "ByName", IndexSpecification::RedBlack, IndexSpecification::UniqueProperty, {Field(2, 0)})});
     Key foreign(other.get(), 0);
     // By id across tables: the foreign key lacks Score, so a strict copy stops there.
@@ -257,7 +218,7 @@ TEST_F(KeyTest, SerialisedKeyRoundTripsAndDamageIsRefused) {
     message[0] = 1;
     EncodeU32(message.data() + 1, 3);  // one past the last index
     EXPECT_EQ(read(table_.get()), Status::OutOfRange);
-    const auto bare = IndexedTable::Make({});
+    const auto bare = MakeTable({});
     EXPECT_EQ(read(bare.get()), Status::IndexConflict);  // no index: the range test lets it through
     EXPECT_EQ(read(nullptr), Status::Invalid);
 }

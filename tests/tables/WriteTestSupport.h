@@ -215,16 +215,16 @@ private:
     RedBlackTreeIndex tree_;
 };
 
-// A managed table in temporary memory over PeopleFields(), with FaultyIndex objects made from
-// PeopleIndexes(). Its key field set stays empty, so only writes of records without an id reach
-// the indexes: the tests write fresh records.
+// A managed table in temporary memory, PeopleFields() and FaultyIndex objects made from
+// PeopleIndexes() unless given others, numbered in order. Its key field set stays empty, so only
+// writes of records without an id reach the indexes: the tests write fresh records.
 class FaultyTable final : public Table {
 public:
-    explicit FaultyTable(std::uint32_t maxRecords = 16) {
+    explicit FaultyTable(std::uint32_t maxRecords = 16, const std::vector<FieldSpecification>& fields = PeopleFields(),
+                         const std::vector<IndexSpecification>& indexes = PeopleIndexes()) {
         const std::string name = "Faulty";
-        Construct(Settings{name, nullptr, kCreateFile, PeopleFields(), maxRecords, 0, HalfOfMaxRecords, kAll},
-                  &MakeList);
-        for (IndexSpecification specification : PeopleIndexes()) {
+        Construct(Settings{name, nullptr, kCreateFile, fields, maxRecords, 0, HalfOfMaxRecords, kAll}, &MakeList);
+        for (IndexSpecification specification : indexes) {
             specification.SetNumber(static_cast<std::uint16_t>(faulty_.size()));
             auto index = std::make_unique<FaultyIndex>(specification, *GetFieldList());
             faulty_.push_back(index.get());
@@ -238,6 +238,7 @@ public:
     bool IsManaged() override { return true; }
 
     FaultyIndex& Faulty(std::uint16_t number) { return *faulty_[number]; }
+    void Renew() { RenewIdentityToken(); }
 
 private:
     static FieldList* MakeList(const std::vector<FieldSpecification>& fields, std::uint32_t) {
