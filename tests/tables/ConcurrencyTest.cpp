@@ -93,9 +93,7 @@ void Reader(ITable& table, const std::atomic<bool>& stop, std::atomic<int>& fail
         Key byId(&table, 0);
         batch.clear();
         if (table.GetFirst(byId, batch, 50) == Status::Success) {
-            for (std::size_t i = 0; i < batch.size(); ++i) {
-                if (!IsWhole(batch[i])) ++failures;
-            }
+            for (const Record& each : batch) failures += IsWhole(each) ? 0 : 1;
         }
     }
 }

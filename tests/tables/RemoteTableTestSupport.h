@@ -12,6 +12,7 @@
 #include "base/MessageBuilder.h"
 #include "base/MessageValidator.h"
 #include "records/FieldSpecification.h"
+#include "records/Key.h"
 #include "schema/IndexSpecification.h"
 #include "tables/ITable.h"
 #include "tables/ManagedTableFactory.h"
@@ -46,6 +47,13 @@ inline std::unique_ptr<ITable> MakePeople(std::uint32_t properties, std::uint32_
                                             TreeIndex("ByScoreName", IndexSpecification::DuplicateProperty, {3, 2})};
     table->CreateIndexes(indexes);
     return table;
+}
+
+// A key of index 0, ById, holding `id`.
+inline Key IdKey(ITable& table, std::uint32_t id) {
+    Key key(&table, 0);
+    EXPECT_EQ(key.GetFieldList()->SetField(key.GetData(), 1, id), Status::Success);
+    return key;
 }
 
 inline Bytes ToBytes(const MessageBuilder& builder) {

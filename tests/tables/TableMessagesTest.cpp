@@ -40,12 +40,6 @@ std::vector<Record> ThreeRecords(ITable& table) {
     return {MakeRecord(table, -2, 5), MakeRecord(table, 7, FieldListObject::NoRecordId), MakeRecord(table, 9, 0)};
 }
 
-Key IdKey(ITable& table, std::uint32_t id) {
-    Key key(&table, 0);
-    EXPECT_EQ(key.GetFieldList()->SetField(key.GetData(), 1, id), Status::Success);
-    return key;
-}
-
 // Runs `read` on the message cut to each shorter length, each cut in a heap buffer of exactly its
 // length; `check` gets the status and the length of the cut.
 void ForEveryCut(const Bytes& message, const std::function<StatusCode(MessageValidator&)>& read,

@@ -113,11 +113,7 @@ protected:
         return key;
     }
 
-    Key IdKey(std::uint32_t id) {
-        Key key(table_.get(), 0);
-        EXPECT_EQ(key.GetFieldList()->SetField(key.GetData(), 1, id), Status::Success);
-        return key;
-    }
+    Key IdKey(std::uint32_t id) { return Testing::IdKey(*table_, id); }
 
     std::unique_ptr<ITable> table_ = MakePeople(kCreateFile | 2, 16);  // bit 1: a mutex
     std::vector<Row> model_;

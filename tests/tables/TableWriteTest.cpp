@@ -247,7 +247,6 @@ TEST(TableWrite, ForeignRecordsAndTablesWithoutPrimaryIndexAreRefused) {
     Record unbound;
     EXPECT_EQ(table->WriteRecord(foreign), Status::OtherTable);
     EXPECT_EQ(table->WriteRecord(unbound), Status::OtherTable);
-    EXPECT_EQ(table->ResetRecord(foreign), Status::OtherTable);
     EXPECT_EQ(CountOf(*table), 0u);
 
     std::unique_ptr<ITable> plain = MakeBarePeople();
