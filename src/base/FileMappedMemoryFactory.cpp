@@ -6,11 +6,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <limits>
+#include <memory>
 #include <new>
-#include <utility>
 
+#include "base/File.h"
 #include "base/SystemStatus.h"
 #include "base/Throw.h"
 
@@ -19,16 +21,43 @@ namespace Tavrin {
 namespace {
 
 constexpr int Protection = PROT_READ | PROT_WRITE;
+constexpr const char* CreateOperation = "Tavrin::FileMappedMemoryFactory::Create";
+constexpr std::uint32_t ReadWrite = File::ReadAccess | File::WriteAccess;
 
-// A shared, writable mapping of one whole open file. The descriptor stays open for Resize.
+std::atomic<FileMappedMemoryFactory::FlushHook> flushHook{nullptr};
+
+[[noreturn]] void FailCreate(StatusCode status) { ThrowStatus(CreateOperation, status); }
+
+// A shared, writable mapping of one whole open file. The file stays open (and locked) for Resize.
 class MappedFile final : public IFileMappedMemory {
 public:
-    MappedFile(int descriptor, void* address, std::uint32_t size) noexcept
-        : descriptor_(descriptor), address_(address), size_(size) {}
-
     ~MappedFile() override {
         if (address_ != nullptr) ::munmap(address_, size_);
-        ::close(descriptor_);
+        // file_ closes after the unmap; a part file never committed goes with it.
+    }
+
+    // Opens or creates the file of `mode` and maps `size` bytes of it (all of an existing file).
+    void Map(const std::string& path, std::uint32_t size, std::uint32_t mode) {
+        StatusCode status = Status::Invalid;
+        switch (mode) {
+            case FileMappedMemoryFactory::ModeCreate: status = file_.CreateReplacement(path, ReadWrite, 0644); break;
+            case FileMappedMemoryFactory::ModeOpen: status = file_.OpenExclusive(path, ReadWrite); break;
+            case FileMappedMemoryFactory::ModeCreateTemporary: status = CreateTemporary(path); break;
+            default: break;
+        }
+        if (status != Status::Success) FailCreate(status);
+        pending_ = mode == FileMappedMemoryFactory::ModeCreate;
+        if (mode == FileMappedMemoryFactory::ModeOpen) {
+            size = ExistingSize();
+        } else if (size != 0) {
+            const int error = ::posix_fallocate(file_.GetDescriptor(), 0, size);
+            if (error != 0) FailCreate(StatusFromErrno(error));
+        }
+        if (size == 0) return;
+        void* address = ::mmap(nullptr, size, Protection, MAP_SHARED, file_.GetDescriptor(), 0);
+        if (address == MAP_FAILED) FailCreate(StatusFromErrno(errno));
+        address_ = address;
+        size_ = size;
     }
 
     void* GetAddress() override { return address_; }
@@ -38,10 +67,11 @@ public:
         if (size == size_) return address_;
         if (size < size_) ThrowStatus("Tavrin::FileMappedMemory::Resize", Status::Invalid);
         // Reserve the blocks first: a mapping over blocks the disk cannot supply would fault later.
-        const int error = ::posix_fallocate(descriptor_, size_, size - size_);
+        const int error = ::posix_fallocate(file_.GetDescriptor(), size_, size - size_);
         if (error != 0) FailResize(error);
-        void* moved = address_ == nullptr ? ::mmap(nullptr, size, Protection, MAP_SHARED, descriptor_, 0)
-                                          : ::mremap(address_, size_, size, MREMAP_MAYMOVE);
+        void* moved = address_ == nullptr
+                          ? ::mmap(nullptr, size, Protection, MAP_SHARED, file_.GetDescriptor(), 0)
+                          : ::mremap(address_, size_, size, MREMAP_MAYMOVE);
         if (moved == MAP_FAILED) FailResize(errno);
         address_ = moved;
         size_ = size;
@@ -50,102 +80,64 @@ public:
 
     void Flush(std::uint32_t size) override {
         const std::uint32_t length = std::min(size, size_);
-        if (address_ != nullptr && length != 0) ::msync(address_, length, MS_SYNC);
+        if (address_ == nullptr || length == 0) return;
+        const FileMappedMemoryFactory::FlushHook hook = flushHook.load();
+        if (hook != nullptr && !hook(address_, length)) ThrowStatus("Tavrin::FileMappedMemory::Flush", Status::Failure);
+        if (::msync(address_, length, MS_SYNC) != 0) {
+            ThrowStatus("Tavrin::FileMappedMemory::Flush", StatusFromErrno(errno));
+        }
+    }
+
+    void Commit() override {
+        if (!pending_) return;
+        Flush(size_);
+        const StatusCode status = file_.CommitReplacement(true);
+        if (status != Status::Success) ThrowStatus("Tavrin::FileMappedMemory::Commit", status);
+        pending_ = false;
     }
 
 private:
+    // Exclusive (it must not exist), private to the owner, and gone from its directory at once.
+    StatusCode CreateTemporary(const std::string& path) {
+        const StatusCode status = file_.CreateNew(path, ReadWrite, 0600);
+        if (status == Status::Success) File::Remove(path);
+        return status;
+    }
+
+    // The length of an existing file, which must fit the 32-bit size of a mapping.
+    std::uint32_t ExistingSize() {
+        struct stat information {};
+        if (::fstat(file_.GetDescriptor(), &information) != 0) FailCreate(StatusFromErrno(errno));
+        if (information.st_size < 0 || information.st_size > std::numeric_limits<std::uint32_t>::max()) {
+            FailCreate(Status::LengthMismatch);
+        }
+        return static_cast<std::uint32_t>(information.st_size);
+    }
+
     // Gives the file back its old length, so that it still matches the mapping, and throws.
     [[noreturn]] void FailResize(int error) {
         // If even this fails nothing more can be done; the first failure is the one reported.
-        const bool restored = ::ftruncate(descriptor_, size_) == 0;
+        const bool restored = ::ftruncate(file_.GetDescriptor(), size_) == 0;
         static_cast<void>(restored);
         ThrowStatus("Tavrin::FileMappedMemory::Resize", StatusFromErrno(error));
     }
 
-    int descriptor_;
-    void* address_;
-    std::uint32_t size_;
+    File file_;
+    void* address_ = nullptr;
+    std::uint32_t size_ = 0;
+    bool pending_ = false;  // a new named file not yet under its name
 };
-
-// An open descriptor that is closed, and a file made by this call that is removed, unless Release()
-// hands the descriptor on.
-class PendingFile {
-public:
-    PendingFile(int descriptor, const std::string& path, bool created) noexcept
-        : descriptor_(descriptor), path_(path), created_(created) {}
-    PendingFile(const PendingFile&) = delete;
-    PendingFile& operator=(const PendingFile&) = delete;
-    ~PendingFile() {
-        if (descriptor_ < 0) return;
-        ::close(descriptor_);
-        if (created_) ::unlink(path_.c_str());
-    }
-    int Get() const noexcept { return descriptor_; }
-    // The file is no longer in its directory; there is nothing left to remove on failure.
-    void Unlinked() noexcept { created_ = false; }
-    int Release() noexcept { return std::exchange(descriptor_, -1); }
-
-private:
-    int descriptor_;
-    const std::string& path_;
-    bool created_;
-};
-
-int OpenFlags(std::uint32_t mode) noexcept {
-    switch (mode) {
-        case FileMappedMemoryFactory::ModeCreate: return O_RDWR | O_CREAT | O_TRUNC;
-        case FileMappedMemoryFactory::ModeOpen: return O_RDWR;
-        case FileMappedMemoryFactory::ModeCreateTemporary: return O_RDWR | O_CREAT | O_EXCL;
-        default: return -1;
-    }
-}
-
-[[noreturn]] void FailCreate(StatusCode status) { ThrowStatus("Tavrin::FileMappedMemoryFactory::Create", status); }
-
-// The length of an existing file, which must fit the 32-bit size of a mapping.
-std::uint32_t ExistingSize(int descriptor) {
-    struct stat information {};
-    if (::fstat(descriptor, &information) != 0) FailCreate(StatusFromErrno(errno));
-    if (information.st_size < 0 || information.st_size > std::numeric_limits<std::uint32_t>::max()) {
-        FailCreate(Status::LengthMismatch);
-    }
-    return static_cast<std::uint32_t>(information.st_size);
-}
 
 }  // namespace
 
 IFileMappedMemory* FileMappedMemoryFactory::Create(const std::string& path, std::uint32_t size, bool /*flag*/,
                                                     std::uint32_t mode, std::uint32_t /*last*/) {
-    const int flags = OpenFlags(mode);
-    if (flags < 0) FailCreate(Status::Invalid);
-    const bool temporary = mode == ModeCreateTemporary;
-    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC, temporary ? 0600 : 0644);
-    if (descriptor < 0) FailCreate(StatusFromErrno(errno));
-    PendingFile file(descriptor, path, mode != ModeOpen);
-    if (temporary) {
-        ::unlink(path.c_str());
-        file.Unlinked();
-    }
-
-    if (mode == ModeOpen) {
-        size = ExistingSize(descriptor);
-    } else if (size != 0) {
-        const int error = ::posix_fallocate(descriptor, 0, size);
-        if (error != 0) FailCreate(StatusFromErrno(error));
-    }
-
-    void* address = nullptr;
-    if (size != 0) {
-        address = ::mmap(nullptr, size, Protection, MAP_SHARED, descriptor, 0);
-        if (address == MAP_FAILED) FailCreate(StatusFromErrno(errno));
-    }
-    auto* mapping = new (std::nothrow) MappedFile(descriptor, address, size);
-    if (mapping == nullptr) {
-        if (address != nullptr) ::munmap(address, size);
-        FailCreate(Status::OutOfMemory);
-    }
-    file.Release();
-    return mapping;
+    std::unique_ptr<MappedFile> mapping(new (std::nothrow) MappedFile);
+    if (!mapping) FailCreate(Status::OutOfMemory);
+    mapping->Map(path, size, mode);
+    return mapping.release();
 }
+
+void FileMappedMemoryFactory::SetFlushHook(FlushHook hook) noexcept { flushHook.store(hook); }
 
 }  // namespace Tavrin

@@ -5,7 +5,12 @@
 // file is already gone from its directory (it is unlinked as soon as it is made), so it leaves
 // nothing behind, also after a crash. Whatever is stored in the mapping is in the file once the store
 // is done: the mapping is shared, and the page cache keeps it if the process dies. Flush writes
-// bytes through to the storage device.
+// bytes through to the storage device; only what was flushed survives a power loss.
+//
+// A named file is held under an exclusive lock (File::Lock) for the object's whole life, so no
+// second opener, in this process or another, maps it meanwhile. A new named file is made as a part
+// file beside its name and is not under that name until Commit: the destructor of an object never
+// committed removes the part file, so a failed or killed creation leaves no half-made file.
 //
 // The file's disk blocks are reserved before the mapping is extended over them, so a full disk or a
 // size limit shows as an exception from the factory or from Resize, never as a fault on a later
@@ -33,7 +38,13 @@ public:
     // are then as they were.
     virtual void* Resize(std::uint32_t size) = 0;
     // Writes the first `size` bytes (at most the mapped size) through to the file and waits for it.
+    // Throws StatusCodeException when the system reports that it could not.
     virtual void Flush(std::uint32_t size) = 0;
+    // Puts a new named file (factory mode 1) in place under its name: flushes it whole, then renames
+    // it over the name (File::CommitReplacement). Throws StatusCodeException: 17 when another opener
+    // holds a file under that name, which stays as it was, and so does this object. Nothing to do
+    // for an opened, a temporary or an already committed file.
+    virtual void Commit() = 0;
 };
 
 }  // namespace Tavrin

@@ -15,6 +15,7 @@ namespace Tavrin {
 class Uuid {
 public:
     static constexpr std::uint32_t BinarySize = 16;
+    static constexpr std::uint32_t TextSize = 36;
 
     // A new random value; throws StatusCodeException 1 if the system has no randomness to give.
     Uuid();

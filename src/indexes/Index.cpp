@@ -160,6 +160,10 @@ StatusCode Index::SetUuid(const Tavrin::Uuid&) {
 
 StatusCode Index::SaveAs(const std::string&, const std::string&) { return Status::NotAvailable; }
 StatusCode Index::Clear() { return Status::NotAvailable; }
+
+StatusCode Index::Sync() { return Status::Success; }
+
+void Index::Discard() noexcept {}
 StatusCode Index::Add(const Key&, std::uint32_t) { return Status::NotAvailable; }
 StatusCode Index::Remove(const Key&) { return Status::NotAvailable; }
 StatusCode Index::Find(const Key&, std::uint32_t&) { return Status::NotAvailable; }

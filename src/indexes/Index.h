@@ -82,6 +82,12 @@ public:
     virtual StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                         std::uint32_t length);
     virtual StatusCode SetUuid(const Tavrin::Uuid& uuid);
+    // Writes the index's files through to the disk: 0 here and for a temporary index, 16 when
+    // the files are not open, else the status of the failed write.
+    virtual StatusCode Sync();
+    // Closes the index without a save and removes the files that it holds open; files that it does
+    // not hold (another opener's) stay. Nothing here.
+    virtual void Discard() noexcept;
 
 protected:
     const FieldList& GetTableFieldList() const noexcept { return *tableFieldList_; }

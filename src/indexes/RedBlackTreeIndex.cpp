@@ -70,6 +70,13 @@ StatusCode RedBlackTreeIndex::Clear() {
 
 StatusCode RedBlackTreeIndex::SetUuid(const Tavrin::Uuid& uuid) { return store_.SetUuid(uuid); }
 
+StatusCode RedBlackTreeIndex::Sync() { return store_.Sync(); }
+
+void RedBlackTreeIndex::Discard() noexcept {
+    ForgetInsertionPoint();
+    store_.Discard();
+}
+
 void RedBlackTreeIndex::Initialize() {
     const std::uint32_t nodeSize = GetKeySize() + Node::HeaderSize;
     std::memset(scratch_.get(), 0, nodeSize);

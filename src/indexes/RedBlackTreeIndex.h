@@ -116,6 +116,8 @@ public:
                                 std::uint32_t length) override;
     // Writes `uuid` into the file header: the store's status (16 when not open).
     StatusCode SetUuid(const Tavrin::Uuid& uuid) override;
+    StatusCode Sync() override;
+    void Discard() noexcept override;
 
     // User data of the tree file, little-endian: the IndexSpecification in its serialised form, then
     // root and sentinel as signed 32-bit numbers. Serialize stops at the first failing append.

@@ -74,6 +74,13 @@ bool DataStore::IsOpen() const { return manager_.IsMapped(); }
 
 bool DataStore::IsTemporary() const { return false; }
 
+StatusCode DataStore::Sync() { return IsOpen() ? Status::NotAvailable : Status::NotOpen; }
+
+void DataStore::Discard() {
+    manager_.Discard();
+    data_ = nullptr;
+}
+
 std::uint32_t DataStore::MeasureUserDataSize(UserDataStore* userData, ThrowSite site) {
     if (userData == nullptr) return 0;
     MessageBuilder builder;

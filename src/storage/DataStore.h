@@ -67,6 +67,13 @@ public:
     virtual Uuid GetUuid() const;
     virtual bool IsOpen() const;
     virtual bool IsTemporary() const;
+    // Writes everything the store holds in its files through to the disk, so that a power loss
+    // after it takes nothing that came before it: 16 when not open, 13 in the plain class, else
+    // 0 or the status of the failed write. A temporary store answers 0 and writes nothing.
+    virtual StatusCode Sync();
+    // Closes the store without a save and removes its files, which it still holds until they are
+    // gone; used to drop files that a failed build left. Nothing when not open.
+    virtual void Discard();
 
 protected:
     // The serialised length of a header, measured with a growing builder; a failure throws

@@ -45,6 +45,8 @@ unsigned char* FileMappedMemoryManager::CreateMapping(const std::string& name, s
         memory_.reset(FileMappedMemoryFactory::GetInstance().Create(name, size, false, mode, 0));
         header_ = static_cast<unsigned char*>(memory_->GetAddress());
         name_ = name;
+        temporary_ = mode == FileMappedMemoryFactory::ModeCreateTemporary;
+        pending_ = mode == FileMappedMemoryFactory::ModeCreate;
         const StatusCode status = uuid.GetBinary(header_ + UuidOffset, Uuid::BinarySize);
         if (status != Status::Success) ThrowStatus(CreateOperation, status);
         header_[CleanFlagOffset] = 0;
@@ -80,29 +82,78 @@ unsigned char* FileMappedMemoryManager::OpenMapping(const std::string& name, con
     }
 }
 
+void FileMappedMemoryManager::Publish() {
+    if (!IsMapped()) ThrowStatus(CreateOperation, Status::NotOpen);
+    if (!pending_) return;
+    header_[CleanFlagOffset] = 1;
+    try {
+        memory_->Commit();  // writes the whole file through first
+    } catch (const Exception&) {
+        header_[CleanFlagOffset] = 0;
+        throw;
+    }
+    pending_ = false;
+    header_[CleanFlagOffset] = 0;
+    memory_->Flush(HeaderSize);
+}
+
 void FileMappedMemoryManager::Close() {
     if (!IsMapped()) return;
-    // A file too short to carry the header is not ours to write into.
-    if (memory_->GetSize() >= HeaderSize) header_[CleanFlagOffset] = 1;
-    memory_.reset();
+    // A file too short to carry the header is not ours to write into; a part file goes anyway.
+    if (!pending_ && memory_->GetSize() >= HeaderSize) MarkClean();
+    Forget();
+}
+
+// The data first, then the flag: a flag that reaches the disk before the data would vouch for
+// pages that a power loss can still take. If either write fails the flag is left at 0.
+void FileMappedMemoryManager::MarkClean() noexcept {
+    if (temporary_) {
+        header_[CleanFlagOffset] = 1;
+        return;
+    }
+    try {
+        memory_->Flush(memory_->GetSize());
+        header_[CleanFlagOffset] = 1;
+        memory_->Flush(HeaderSize);
+    } catch (const Exception&) {
+        header_[CleanFlagOffset] = 0;
+    }
+}
+
+void FileMappedMemoryManager::Discard() {
+    if (!IsMapped()) return;
+    if (!temporary_ && !pending_) File::Remove(name_);
+    Forget();
+}
+
+void FileMappedMemoryManager::Forget() noexcept {
+    memory_.reset();  // a part file never published goes here
     header_ = nullptr;
     name_.clear();
+    temporary_ = false;
+    pending_ = false;
+}
+
+void FileMappedMemoryManager::Sync() {
+    if (!IsMapped()) ThrowStatus("Tavrin::Database::FileMappedMemoryManager::Sync", Status::NotOpen);
+    if (!temporary_) memory_->Flush(memory_->GetSize());
 }
 
 StatusCode FileMappedMemoryManager::SaveAs(const std::string& name) const {
     if (!IsMapped()) return Status::NotOpen;
-    // Truncating the mapped file itself would pull the pages from under the mapping.
+    // The mapped file itself is held by this manager; a copy can't take its place.
     if (File::IsSameFile(name, name_)) return Status::Invalid;
     unsigned char header[HeaderSize] = {};
     header[CleanFlagOffset] = 1;
     GetUuid().GetBinary(header + UuidOffset, Uuid::BinarySize);
 
     File file;
-    StatusCode status = file.Create(name, File::WriteAccess, 0);
+    StatusCode status = file.CreateReplacement(name, File::WriteAccess);
     if (status != Status::Success) return status;
     status = file.Write(header, HeaderSize);
     if (status == Status::Success) status = file.SetPosition(HeaderSize, File::FromStart);
     if (status == Status::Success) status = file.Write(GetDataArea(), GetDataSize());
+    if (status == Status::Success) status = file.CommitReplacement(true);
     const StatusCode closed = file.Close();
     return closed != Status::Success ? closed : status;
 }

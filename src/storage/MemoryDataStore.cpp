@@ -25,7 +25,7 @@ bool IsEntryIdOrNone(std::int32_t id, std::uint32_t maxEntries) {
 
 MemoryDataStore::MemoryDataStore(UserDataStore* userData, std::uint32_t recordSize, std::uint32_t initialEntries,
                                  std::uint32_t growEntries)
-    : userData_(userData) {
+    : userData_(userData), createEntries_(initialEntries) {
     header_.storeType = DataStoreHeader::MemoryStoreType;
     header_.valid = true;
     header_.headerSize = MeasureHeaderSize(MemoryStoreHeaders{header_, extension_}, ConstructorOperation);
@@ -56,14 +56,23 @@ void MemoryDataStore::Create(const std::string& fileName, const Uuid& uuid) { Cr
 void MemoryDataStore::Create() { CreateFile(nullptr, nullptr); }
 
 void MemoryDataStore::CreateFile(const std::string* fileName, const Uuid* uuid) {
-    const std::uint32_t dataSize = extension_.firstEntryOffset + extension_.entryStride * header_.initialEntries;
+    // The constructor checked that this size fits 32 bits.
+    const std::uint32_t dataSize = extension_.firstEntryOffset + extension_.entryStride * createEntries_;
     data_ = fileName != nullptr ? manager_.Create(*fileName, dataSize, *uuid) : manager_.Create(dataSize);
+    header_.initialEntries = createEntries_;
     header_.currentEntries = 0;
-    header_.maxEntries = header_.initialEntries;
+    header_.maxEntries = createEntries_;
     extension_.freeHead = extension_.freeTail = MemoryDataStoreHeader::NoEntry;
-    // The whole header first, so that a store whose process dies before its first save opens again.
-    Save();
-    LinkEntries(0, header_.initialEntries);
+    LinkEntries(0, createEntries_);
+    try {
+        // The whole header and the user data before the file takes its name, so that it opens
+        // even if its process dies before the first save.
+        Save();
+        manager_.Publish();
+    } catch (const Exception&) {
+        Release();
+        throw;
+    }
     fileName_ = fileName != nullptr ? *fileName : std::string();
     temporary_ = fileName == nullptr;
 }
@@ -84,19 +93,26 @@ void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
     if (status != Status::Success) ThrowStatus(OpenOperation, status);
     const std::uint32_t surplus = CheckAgainstSelf(common, extension);
 
+    // The owner's check of its user data runs on the adopted header (a tree looks up its root
+    // entry); if it refuses, the object goes back to what it was.
+    const DataStoreHeader ownHeader = header_;
+    const MemoryDataStoreHeader ownExtension = extension_;
     common.growEntries = header_.growEntries;
     header_ = common;
     extension_ = extension;
+    if (userData_ != nullptr) {
+        MessageValidator userData(data_ + header_.headerSize, header_.userDataSize);
+        status = userData_->DeserializeUserData(userData);
+        if (status != Status::Success) {
+            header_ = ownHeader;
+            extension_ = ownExtension;
+            ThrowStatus(OpenOperation, status);
+        }
+    }
     FinishGrowth(surplus);
     RecountEntries();
     fileName_ = fileName;
     temporary_ = false;
-
-    if (userData_ != nullptr) {
-        MessageValidator userData(data_ + header_.headerSize, header_.userDataSize);
-        status = userData_->DeserializeUserData(userData);
-        if (status != Status::Success) ThrowStatus(OpenOperation, status);
-    }
 }
 
 // Throws 25 for a store built for other records, 23 for a header that disagrees with the file. Gives
@@ -111,7 +127,8 @@ std::uint32_t MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common,
     const std::uint32_t surplus = SurplusEntries(common.maxEntries);
     // What the entry operations rely on to stay inside the mapping.
     if (common.headerSize != header_.headerSize || common.maxEntries + std::uint64_t{surplus} > MaxEntries ||
-        common.currentEntries > common.maxEntries || !IsEntryIdOrNone(extension.freeHead, common.maxEntries) ||
+        common.currentEntries > common.maxEntries || common.initialEntries == 0 ||
+        common.initialEntries > common.maxEntries || !IsEntryIdOrNone(extension.freeHead, common.maxEntries) ||
         !IsEntryIdOrNone(extension.freeTail, common.maxEntries)) {
         ThrowStatus(OpenOperation, Status::Invalid);
     }
@@ -163,6 +180,23 @@ StatusCode MemoryDataStore::Close() {
     fileName_.clear();
     temporary_ = false;
     return status;
+}
+
+StatusCode MemoryDataStore::Sync() {
+    const StatusCode status = Flush();
+    if (status != Status::Success || temporary_) return status;
+    try {
+        manager_.Sync();
+    } catch (const StatusCodeException& e) {
+        return static_cast<StatusCode>(e.GetCode());
+    }
+    return Status::Success;
+}
+
+void MemoryDataStore::Discard() {
+    DataStore::Discard();
+    fileName_.clear();
+    temporary_ = false;
 }
 
 StatusCode MemoryDataStore::SaveAs(const std::string& fileName) {

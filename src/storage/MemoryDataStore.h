@@ -41,9 +41,12 @@ public:
     // Closes the store (with a save) if it is open.
     ~MemoryDataStore() override;
 
-    // Makes the file (named, or temporary under the temporary path) with `initialEntries` free
-    // entries and writes its header and user data. Throws StatusCodeException: 47 when open already,
-    // else the status of the mapping's failure.
+    // Makes the file (named, or temporary under the temporary path) with the constructor's
+    // `initialEntries` free entries and writes its header and user data. A named file is made
+    // beside its name and takes it only when complete (FileMappedMemoryManager::Publish), so a
+    // failure or a kill leaves the former file, or none. Throws StatusCodeException: 47 when open
+    // already, 17 when another opener holds a file of that name (which stays), else the status of
+    // the mapping's failure.
     void Create(const std::string& fileName, const Uuid& uuid) override;
     void Create() override;
     // As DataStore::Open, and also: 6 when the file does not exist; 21 for an extension of another
@@ -52,6 +55,8 @@ public:
     // free list ends are out of range; the owner's status from DeserializeUserData. growEntries
     // stays this object's. A file that ends in whole entries of zero bytes beyond the header's
     // maxEntries was left by a process that died while growing it: those entries become free ones.
+    // The whole header is checked before any of it is taken; a failed open leaves this object as
+    // it was, so a Create after it makes the store of the constructor's settings.
     StatusCode Open(const std::string& fileName, const Uuid* uuid) override;
     // Saves, then releases the file with clean flag 1; the save's status, 0 if not open.
     StatusCode Close() override;
@@ -71,6 +76,9 @@ public:
     std::uint32_t GetCurrentEntries() const override { return header_.currentEntries; }
     std::uint32_t GetMaxEntries() const override { return header_.maxEntries; }
     bool IsTemporary() const override { return temporary_; }
+    // Saves the header and user data, then writes the whole file through to the disk.
+    StatusCode Sync() override;
+    void Discard() override;
 
     // Writes the user data and the whole header into the mapping: 16 when not open, 0 without a
     // write for a temporary store, else the status of the header's write. When the owner's data
@@ -94,6 +102,7 @@ public:
 private:
     void CreateFile(const std::string* fileName, const Uuid* uuid);
     void OpenFile(const std::string& fileName, const Uuid* uuid);
+    void AdoptFile(const DataStoreHeader& common, const MemoryDataStoreHeader& extension, std::uint32_t surplus);
     std::uint32_t CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const;
     std::uint32_t SurplusEntries(std::uint32_t maxEntries) const;
     void FinishGrowth(std::uint32_t surplus) noexcept;
@@ -120,6 +129,7 @@ private:
 
     MemoryDataStoreHeader extension_;
     UserDataStore* userData_;  // not owned
+    std::uint32_t createEntries_;  // initialEntries as constructed: what Create makes, whatever a file said
     std::string fileName_;
     bool temporary_ = false;
 };

@@ -52,6 +52,13 @@ public:
     virtual void CreateRecordFile() = 0;
     virtual StatusCode OpenRecordFile() = 0;
     virtual StatusCode CloseRecordFile() = 0;
+    // Writes the record file and every index file through to the disk (msync), with the store's
+    // header and description saved first. What a completed call wrote survives the death of the
+    // process anyway; what survives a power loss is what came before the last Sync or orderly
+    // close. 0, also for a table without files (in memory); 16 when the record file is not open;
+    // 13 for a table without a store (remote); else the status of the write that failed. Holds
+    // the mutex.
+    virtual StatusCode Sync() = 0;
     virtual StatusCode Convert() = 0;
     virtual StatusCode SaveAs(const std::string& directory) = 0;
     virtual StatusCode CopyFiles(const std::string& source, const std::string& destination) = 0;

@@ -70,6 +70,7 @@ public:
     void CreateRecordFile() override;
     StatusCode OpenRecordFile() override;
     StatusCode CloseRecordFile() override;
+    StatusCode Sync() override;
     StatusCode Convert() override;
     StatusCode SaveAs(const std::string& directory) override;
     StatusCode CopyFiles(const std::string& source, const std::string& destination) override;

@@ -4,8 +4,9 @@
 // Recovery lives here. An index file that is missing, carries another Uuid (it was written beside
 // another record file) or was not closed in order does not open, and the index is rebuilt from the
 // records without a word to the caller. A rebuild that fails must not leave a file behind that
-// the next open would trust: a tree index saves itself, with a clean flag, when it is deleted, so
-// the files of a failed index are removed after it is gone.
+// the next open would trust: the index removes the files it holds before it is deleted (a tree
+// would otherwise save itself with a clean flag). A file that another opener holds is never the
+// index's, and stays.
 
 #include <exception>
 #include <memory>
@@ -146,14 +147,7 @@ void Table::DiscardNewestIndex() noexcept {
     std::unique_ptr<IIndex> index = std::move(indexes_.back());
     indexes_.pop_back();
     --numberOfIndexes_;
-    if (IsInMemory() || !index->IsTree()) return;
-    try {
-        const std::string path = RedBlackTreeIndex::GetFileName(directory_, name_, index->GetName());
-        index.reset();  // the tree closes its file here, which marks it clean: remove it after
-        File::Remove(path);
-    } catch (const std::exception&) {
-        // Out of memory for the name: the file stays, and the index with it goes.
-    }
+    static_cast<Index&>(*index).Discard();
 }
 
 void Table::ApplyPrimaryRule(const IIndex& index) noexcept {

@@ -5,8 +5,10 @@
 
 #include "base/DatabaseException.h"
 #include "base/File.h"
+#include "base/MutexHolder.h"
 #include "base/Throw.h"
 #include "base/Uuid.h"
+#include "indexes/Index.h"
 #include "tables/Table.h"
 
 namespace Tavrin::Database {
@@ -75,6 +77,17 @@ StatusCode Table::CloseRecordFile() {
     if (HasNoStore()) return Status::NotAvailable;
     if (numberOfIndexes_ != 0) return Status::IndexConflict;
     return dataStore_->Close();
+}
+
+StatusCode Table::Sync() {
+    if (HasNoStore()) return Status::NotAvailable;
+    MutexHolder holder(GetMutex());
+    if (!dataStore_->IsOpen()) return Status::NotOpen;
+    StatusCode status = dataStore_->Sync();
+    for (std::uint16_t number = 0; status == Status::Success && number < numberOfIndexes_; ++number) {
+        status = IndexAt(number).Sync();
+    }
+    return status;
 }
 
 bool Table::IsRecordFileOpen() { return dataStore_ && dataStore_->IsOpen(); }

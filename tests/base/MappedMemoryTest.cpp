@@ -12,6 +12,7 @@
 #include "base/FileMappedMemoryFactory.h"
 #include "base/ScratchDirectory.h"
 #include "base/ThrownStatus.h"
+#include "base/Uuid.h"
 
 namespace Tavrin {
 namespace {
@@ -27,6 +28,13 @@ Mapping Map(const std::string& path, std::uint32_t size, std::uint32_t mode) {
     return Mapping(FileMappedMemoryFactory::GetInstance().Create(path, size, false, mode, 0));
 }
 
+// A new named file, put in place under its name.
+Mapping MapNew(const std::string& path, std::uint32_t size) {
+    Mapping mapping = Map(path, size, Create);
+    mapping->Commit();
+    return mapping;
+}
+
 using Testing::ThrownStatus;
 
 std::int64_t SizeOf(const std::string& path) {
@@ -38,13 +46,13 @@ std::int64_t SizeOf(const std::string& path) {
 TEST(MappedMemory, ResizeKeepsContentsWhereverTheMappingMoves) {
     ScratchDirectory directory;
     const std::string path = directory / "m";
-    Mapping mapping = Map(path, 17, Create);
+    Mapping mapping = MapNew(path, 17);
     std::vector<Mapping> neighbours;  // mappings made in between keep it from always growing in place
     const void* firstAddress = mapping->GetAddress();
     static_cast<unsigned char*>(mapping->GetAddress())[16] = 0xAB;
     std::uint32_t size = 17;
     for (std::uint32_t step = 1; step <= 40; ++step) {
-        neighbours.push_back(Map(directory / std::to_string(step), 4096, Create));
+        neighbours.push_back(MapNew(directory / std::to_string(step), 4096));
         const std::uint32_t grown = size + 4096 * step + 3;
         auto* bytes = static_cast<unsigned char*>(mapping->Resize(grown));
         ASSERT_EQ(mapping->GetSize(), grown);
@@ -95,7 +103,7 @@ TEST(MappedMemory, FilesAreMadeWithTheirModes) {
     ScratchDirectory directory;
     const mode_t previous = ::umask(0);
     Mapping temporary = Map(directory / "t", 64, Temporary);
-    Mapping named = Map(directory / "named", 8, Create);
+    Mapping named = MapNew(directory / "named", 8);
     ::umask(previous);
     EXPECT_EQ(ModeOfDeletedFile(directory / "t"), 0600);
     struct stat information {};
@@ -121,7 +129,7 @@ TEST(MappedMemory, NoRoomIsAnExceptionNotACrash) {
         Testing::LimitFileSize(64 * 1024);
         if (ThrownStatus([&] { Map(directory / "big", 128 * 1024, Create); }) != Status::StoreFull) return 1;
         if (File::IsFound(directory / "big")) return 2;  // a failed create leaves no file
-        Mapping mapping = Map(path, 4096, Create);
+        Mapping mapping = MapNew(path, 4096);
         static_cast<char*>(mapping->GetAddress())[100] = 'k';
         if (ThrownStatus([&] { mapping->Resize(1024 * 1024); }) != Status::StoreFull) return 3;
         // File and mapping are as they were, and still usable.
@@ -133,6 +141,64 @@ TEST(MappedMemory, NoRoomIsAnExceptionNotACrash) {
     });
     EXPECT_EQ(code, 0);
     EXPECT_EQ(SizeOf(path), 32 * 1024);
+}
+
+std::string Contents(const std::string& path) {
+    Mapping mapping = Map(path, 0, Open);
+    return std::string(static_cast<const char*>(mapping->GetAddress()), mapping->GetSize());
+}
+
+void Fill(const Mapping& mapping, const std::string& text) {
+    text.copy(static_cast<char*>(mapping->GetAddress()), mapping->GetSize());
+}
+
+TEST(MappedMemory, ANamedFileHasOneOpenerAtATime) {
+    ScratchDirectory directory;
+    const std::string path = directory / "held";
+    Mapping holder = MapNew(path, 4);
+    Fill(holder, "live");
+    // A second open or a replacement, in this process or another, is refused and changes nothing.
+    EXPECT_EQ(ThrownStatus([&] { Map(path, 0, Open); }), Status::AlreadyOpen);
+    Mapping replacement = Map(path, 4, Create);
+    EXPECT_EQ(ThrownStatus([&] { replacement->Commit(); }), Status::AlreadyOpen);
+    replacement.reset();
+    EXPECT_EQ(Testing::RunInChild([&] { return ThrownStatus([&] { Map(path, 0, Open); }); }), Status::AlreadyOpen);
+    { File other; ASSERT_EQ(other.Create(directory / "other", File::WriteAccess, 0), Status::Success); }
+    EXPECT_EQ(File::Copy(directory / "other", path, true), Status::AlreadyOpen);
+    EXPECT_EQ(directory.Count(), 2u);  // the held file and the copy's source: no part file is left
+    EXPECT_EQ(std::string(static_cast<const char*>(holder->GetAddress()), 4), "live");
+    holder.reset();
+    EXPECT_EQ(Contents(path), "live");
+}
+
+TEST(MappedMemory, ANewFileTakesItsNameOnlyWhenComplete) {
+    ScratchDirectory directory;
+    const std::string path = directory / "f";
+    Fill(MapNew(path, 3), "old");
+    {
+        Mapping abandoned = Map(path, 3, Create);
+        Fill(abandoned, "bad");
+        EXPECT_EQ(Contents(path), "old");
+        EXPECT_EQ(directory.Count(), 2u);  // the name and a part file
+    }
+    EXPECT_EQ(directory.Count(), 1u);  // never committed: the part file went with the mapping
+    EXPECT_EQ(Contents(path), "old");
+
+    // Part files that killed creations left go with the next successful one, unless a live creation
+    // still holds its own.
+    const std::string leftover = path + "." + Uuid().ToString() + ".part";
+    { File file; ASSERT_EQ(file.Create(leftover, File::WriteAccess, 0), Status::Success); }
+    Mapping pending = Map(path, 3, Create);
+    Mapping replacement = Map(path, 3, Create);
+    Fill(replacement, "new");
+    replacement->Commit();
+    EXPECT_FALSE(File::IsFound(leftover));
+    EXPECT_EQ(directory.Count(), 2u);  // the name and the pending creation's part file
+    replacement.reset();
+    EXPECT_EQ(Contents(path), "new");
+    EXPECT_TRUE(File::IsPartFileOf(leftover.substr(directory.Path().size() + 1), "f"));
+    EXPECT_FALSE(File::IsPartFileOf("f.part", "f"));
+    EXPECT_FALSE(File::IsPartFileOf("g." + Uuid().ToString() + ".part", "f"));
 }
 
 }  // namespace
