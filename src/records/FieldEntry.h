@@ -13,12 +13,22 @@ namespace Tavrin::Database {
 class FieldEntry : public FieldSpecification {
 public:
     // Copies `specification`, validates the copy (throws DatabaseException code 12), then sizes the
-    // length prefix: none for a fixed-length type; 1 byte below 255, 2 below 65535, else 4. Note the
-    // boundaries: a maxLength of 255 already takes 2 bytes.
+    // length prefix (LengthSizeOf).
     explicit FieldEntry(const FieldSpecification& specification)
         : FieldSpecification(specification), direction_(IsDescending() ? -1 : 1) {
         Validate();
-        lengthSize_ = PrefixWidth(*this);
+        lengthSize_ = LengthSizeOf(*this);
+    }
+
+    // The width of the length prefix that a field of `specification` gets: 0 for a fixed-length
+    // type (and for a type that validation refuses), 1 byte below 255, 2 below 65535, else 4.
+    // Note the boundaries: a maxLength of 255 already takes 2 bytes.
+    static std::uint32_t LengthSizeOf(const FieldSpecification& specification) noexcept {
+        const FieldSpecification::Type type = specification.GetType();
+        if (type >= FieldSpecification::TypeCount || !GetFieldTypeInfo(type).isVariableLength) return 0;
+        if (specification.GetMaxLength() < 0xFF) return 1;
+        if (specification.GetMaxLength() < 0xFFFF) return 2;
+        return 4;
     }
 
     // Image offset of the length prefix; 0 where there is none.
@@ -35,13 +45,6 @@ public:
     using FieldSpecification::SetOffset;
 
 private:
-    static std::uint32_t PrefixWidth(const FieldSpecification& specification) noexcept {
-        if (!GetFieldTypeInfo(specification.GetType()).isVariableLength) return 0;
-        if (specification.GetMaxLength() < 0xFF) return 1;
-        if (specification.GetMaxLength() < 0xFFFF) return 2;
-        return 4;
-    }
-
     std::uint32_t lengthOffset_ = 0;
     std::uint32_t lengthSize_ = 0;
     int direction_;

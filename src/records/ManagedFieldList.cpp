@@ -44,7 +44,7 @@ StatusCode AppendPrefix(MessageBuilder& builder, std::uint32_t width, std::uint3
 ManagedFieldList::ManagedFieldList(const std::vector<FieldSpecification>& specifications)
     : bitmapEntry_(FieldSpecification(0, "Bitmap", FieldSpecification::Bitmap, 0, 0, 0)) {
     RefuseEmptyList(kConstructor, specifications);
-    const std::uint32_t bitmapLength = static_cast<std::uint32_t>((specifications.size() + 7) / 8);
+    const std::uint32_t bitmapLength = BitmapLengthOf(specifications.size());
     bitmapEntry_.SetMaxLength(bitmapLength);
 
     // Prefixes follow the bitmap, in field order.
@@ -65,6 +65,14 @@ ManagedFieldList::ManagedFieldList(const std::vector<FieldSpecification>& specif
         }
     }
     SetDataLength(static_cast<std::uint32_t>(running));
+}
+
+std::uint64_t ManagedFieldList::DataLengthOf(const std::vector<FieldSpecification>& specifications) noexcept {
+    std::uint64_t length = BitmapLengthOf(specifications.size());
+    for (const FieldSpecification& specification : specifications) {
+        length += FieldEntry::LengthSizeOf(specification) + std::uint64_t{specification.GetMaxLength()};
+    }
+    return length;
 }
 
 StatusCode ManagedFieldList::SerializeFields(MessageBuilder& builder, const unsigned char* data) const {

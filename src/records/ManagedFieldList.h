@@ -20,6 +20,7 @@
 //
 // Immutable after construction, shared freely between threads like every FieldList.
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -34,6 +35,12 @@ public:
     // code 12 for an empty list ("empty field specification list"), a repeated id ("repeated field
     // id <id> at field <name>"), a field its validator refuses, or a layout that would pass 4 GB.
     explicit ManagedFieldList(const std::vector<FieldSpecification>& specifications);
+
+    // The data length that the constructor gives `specifications` (the bitmap, the length prefixes
+    // and every maxLength), in 64 bits so that it cannot wrap. Builds and validates nothing, so a
+    // table can check the size of its records before it makes the list; a field of a type that
+    // validation refuses counts without a prefix.
+    static std::uint64_t DataLengthOf(const std::vector<FieldSpecification>& specifications) noexcept;
 
     using FieldList::CompareField;
     using FieldList::SetField;
@@ -74,6 +81,9 @@ public:
     std::uint32_t GetBitmapLength() const noexcept { return bitmapEntry_.GetMaxLength(); }
 
 private:
+    static std::uint32_t BitmapLengthOf(std::size_t fieldCount) noexcept {
+        return static_cast<std::uint32_t>((fieldCount + 7) / 8);
+    }
     static unsigned char BitOf(std::uint32_t number) noexcept {
         return static_cast<unsigned char>(0x80u >> (number % 8));
     }

@@ -33,6 +33,11 @@ public:
     static constexpr std::uint8_t CurrentVersion = 1;
     // A cache size that keeps the whole store in memory.
     static constexpr std::uint32_t CacheAll = 0xFFFFFFFF;
+    // The longest record that a table of this library may have, 64 MiB: the data length of its field
+    // list (for an unmanaged table, its record length), which every Record of the table allocates
+    // and every store entry holds. The table factories and RemoteTableFactory refuse a longer one
+    // with DatabaseException 12 before they make anything.
+    static constexpr std::uint32_t MaxRecordLength = 64 * 1024 * 1024;
 
     // Empty name, unmanaged, everything else 0.
     TableSpecification() = default;

@@ -39,7 +39,7 @@ ITable* ManagedTableFactory::Create(const std::string& name, const std::string& 
 }
 
 ITable* ManagedTableFactory::Build(ThrowSite site, const Table::Settings& settings) const {
-    TableFactorySupport::CheckSettings(site, settings);
+    TableFactorySupport::CheckSettings(site, settings, true);
     return TableFactorySupport::ConstructTable(site, settings, new (std::nothrow) ManagedTable,
                                                [&settings](ManagedTable& table) { table.Construct(settings); });
 }

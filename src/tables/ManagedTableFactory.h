@@ -8,6 +8,9 @@
 //     "invalid number of records <0> for table <name>"
 //     "empty field list for table <name>"
 //     "empty directory for table <name>"           (forms with a directory)
+//     "record length <length> of table <name> passes the limit of <limit> bytes"
+//                                                   the fields' layout is longer than
+//                                                   TableSpecification::MaxRecordLength (64 MiB)
 //   DatabaseException 8 when the table cannot be allocated;
 //   anything thrown while the table is constructed (a field the layout refuses, a record file that
 //   cannot be made or that exists and does not open, a cache size other than 0xFFFFFFFF), with

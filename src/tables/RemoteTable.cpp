@@ -11,6 +11,8 @@
 #include "records/UnmanagedFieldListFactory.h"
 #include "schema/IndexSpecification.h"
 #include "schema/TableSpecification.h"
+#include "tables/TableFactorySupport.h"
+#include "tables/TableIndexRules.h"
 
 namespace Tavrin::Database {
 
@@ -49,16 +51,30 @@ void RemoteTable::Construct(MessageValidator& validator) {
         indexSpecifications.push_back(std::move(index));
     }
 
+    // A description from a message passes what a factory checks before it makes anything, the bound
+    // on the record length included; the field list then validates every field.
     managed_ = specification.IsManaged();
+    const std::string& name = specification.GetName();
+    TableFactorySupport::CheckSettings(kCreate,
+                                       {name, nullptr, specification.GetProperties(), specification.GetFields(),
+                                        specification.GetInitialMaximumRecords(), specification.GetRecordLength(),
+                                        specification.GetGrowRecords(), specification.GetCacheSize()},
+                                       managed_);
     ConstructDescribed(specification, managed_ ? &MakeManagedFieldList : &MakeUnmanagedFieldList);
     const IFieldListFactory& factory = managed_ ? static_cast<const IFieldListFactory&>(ManagedFieldListFactory::GetInstance())
                                                 : UnmanagedFieldListFactory::GetInstance();
-    MutexHolder holder(GetMutex());
+    // Every index is checked as a table checks one that it creates, against those before it, and
+    // made before any is appended.
+    std::vector<std::unique_ptr<IIndex>> indexes;
+    indexes.reserve(indexSpecifications.size());
     for (const IndexSpecification& each : indexSpecifications) {
+        CheckNewIndex(kCreate, name, indexes, each);
         std::unique_ptr<IIndex> index(new (std::nothrow) Index(each, *GetFieldList(), factory));
         if (!index) ThrowDatabase(kCreate, DatabaseException::AllocateIndex);
-        AppendDescribedIndex(std::move(index));
+        indexes.push_back(std::move(index));
     }
+    MutexHolder holder(GetMutex());
+    for (std::unique_ptr<IIndex>& index : indexes) AppendDescribedIndex(std::move(index));
 }
 
 void RemoteTable::CreateIndexes(std::vector<IndexSpecification>&) {

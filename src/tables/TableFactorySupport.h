@@ -1,6 +1,7 @@
 #pragma once
-// What the two table factories share: the argument checks in their order, and the way a table is
-// allocated, constructed and handed over. Internal to the tables layer.
+// What the table factories share: the argument checks in their order, and the way a table is
+// allocated, constructed and handed over. RemoteTable applies the same checks to a description it
+// receives. Internal to the tables layer.
 //
 // Nothing is allocated before the checks pass. The table is allocated without throwing; an
 // exception out of its construction gets DatabaseException code 8 "<name>" added to its chain and
@@ -25,9 +26,12 @@ namespace Tavrin::Database::TableFactorySupport {
 std::vector<FieldSpecification> FieldArrayToVector(ThrowSite site, const std::string& name,
                                                    const FieldSpecification* fields, std::uint32_t numberOfFields);
 
-// The checks of a vector form, in order, each DatabaseException 12: no records, no fields, and in
-// the forms with a directory an empty one.
-void CheckSettings(ThrowSite site, const Table::Settings& settings);
+// The checks of a vector form, in order, each DatabaseException 12: no records, no fields, in the
+// forms with a directory an empty one, and a record longer than TableSpecification::MaxRecordLength
+// ("record length <length> of table <name> passes the limit of <limit> bytes"). The record length
+// is the managed layout's data length of the fields, or the unmanaged record length, computed in
+// 64 bits before any field list exists; the fields themselves are validated by the list.
+void CheckSettings(ThrowSite site, const Table::Settings& settings, bool managed);
 
 // DatabaseException 8 for a table that could not be allocated; "<name>" in the forms with a
 // directory, no message in the others.

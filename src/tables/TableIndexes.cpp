@@ -23,6 +23,7 @@
 #include "records/Key.h"
 #include "schema/IndexSpecification.h"
 #include "tables/Table.h"
+#include "tables/TableIndexRules.h"
 
 namespace Tavrin::Database {
 
@@ -55,22 +56,7 @@ void Table::CreateIndexes(std::vector<IndexSpecification>& specifications, const
 }
 
 void Table::CreateIndex(IndexSpecification& specification, const IFieldListFactory& fieldListFactory) {
-    const std::string& indexName = specification.GetName();
-    for (const auto& existing : indexes_) {
-        if (existing->GetName() == indexName) {
-            ThrowDatabase(CreateIndexOperation, DatabaseException::InvalidParameter,
-                          "repeated index name <%s> for table <%s>", indexName.c_str(), name_.c_str());
-        }
-        if (existing->IsPrimaryUnique() && specification.IsPrimaryUnique()) {
-            ThrowDatabase(CreateIndexOperation, DatabaseException::InvalidParameter,
-                          "multiple primary unique indexes defined at index <%s> for table <%s>", indexName.c_str(),
-                          name_.c_str());
-        }
-    }
-    if (specification.GetFields().empty()) {
-        ThrowDatabase(CreateIndexOperation, DatabaseException::InvalidParameter, "empty index field list for index <%s>",
-                      indexName.c_str());
-    }
+    CheckNewIndex(CreateIndexOperation, name_, indexes_, specification);
     specification.SetNumber(numberOfIndexes_);
 
     indexes_.reserve(indexes_.size() + 1);  // so that the push below cannot throw
@@ -94,7 +80,6 @@ std::unique_ptr<Index> Table::MakeIndex(const IndexSpecification& specification,
         ThrowDatabase(CreateIndexOperation, DatabaseException::NotSupported, "hash index <%s> for table <%s>",
                       specification.GetName().c_str(), name_.c_str());
     }
-    if (!specification.IsTree()) ThrowDatabase(CreateIndexOperation, DatabaseException::InvalidParameter);
     std::unique_ptr<Index> index;
     try {
         index.reset(new (std::nothrow) RedBlackTreeIndex(specification, *fieldList_, fieldListFactory,

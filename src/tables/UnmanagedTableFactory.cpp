@@ -41,7 +41,7 @@ ITable* UnmanagedTableFactory::Create(const std::string& name, const std::string
 }
 
 ITable* UnmanagedTableFactory::Build(ThrowSite site, const Table::Settings& settings) const {
-    TableFactorySupport::CheckSettings(site, settings);
+    TableFactorySupport::CheckSettings(site, settings, false);
     return TableFactorySupport::ConstructTable(site, settings, new (std::nothrow) UnmanagedTable,
                                                [&settings](UnmanagedTable& table) { table.Construct(settings); });
 }

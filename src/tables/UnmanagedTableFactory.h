@@ -3,8 +3,9 @@
 // it may be used from any thread.
 //
 // The four forms and their failures are those of ManagedTableFactory, with the record length that
-// the caller chooses standing right behind maxRecords; a field that ends beyond it is refused by the
-// layout (DatabaseException 12, with code 8 "<name>" added).
+// the caller chooses standing right behind maxRecords; a record length above
+// TableSpecification::MaxRecordLength (64 MiB) is refused with the argument checks, and a field that
+// ends beyond the record length by the layout (DatabaseException 12, with code 8 "<name>" added).
 
 #include <cstdint>
 #include <string>

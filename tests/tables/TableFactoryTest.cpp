@@ -46,6 +46,13 @@ TEST(TableFactory, ArgumentChecksRunInOrderAndMakeNothing) {
                   "empty field list for table <T>");
     ExpectRefused([&] { managed.Create("T", "", 1, fields, 10, kHalf, kAll); }, kManagedCreate,
                   "empty directory for table <T>");
+    // Last the record length, the managed layout's (bitmap, 4-byte prefix, slot) or the caller's.
+    constexpr std::uint32_t kMax = TableSpecification::MaxRecordLength;
+    const std::vector<FieldSpecification> lob = {FieldSpecification(1, "Lob", FieldSpecification::Blob, kMax, 0, 0)};
+    ExpectRefused([&] { managed.Create("T", 1, lob, 10, kHalf, kAll); }, kManagedCreate,
+                  "record length <67108869> of table <T> passes the limit of <67108864> bytes");
+    ExpectRefused([&] { unmanaged.Create("T", 1, fields, 10, kMax + 1, kHalf, kAll); }, kUnmanagedCreate,
+                  "record length <67108865> of table <T> passes the limit of <67108864> bytes");
     EXPECT_EQ(directory.Count(), 0u);
 }
 
