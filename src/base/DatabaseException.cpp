@@ -62,6 +62,8 @@ std::string DatabaseException::ToString() const {
     return text;
 }
 
+std::string DatabaseException::ToSiteString() const { return ToString() + SiteSuffix(); }
+
 void ThrowDatabase(Tavrin::ThrowSite site, std::uint32_t code) {
     throw DatabaseException(site.GetFile(), site.GetFunction(), site.GetLine(), code);
 }

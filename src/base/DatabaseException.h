@@ -42,6 +42,7 @@ public:
 
     // The code's text, and " - " with the message when there is one.
     std::string ToString() const override;
+    std::string ToSiteString() const override;
     const std::string& GetMessage() const noexcept { return message_; }
 
     // The text of a code; "unknown error" beyond the table.

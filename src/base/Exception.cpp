@@ -33,7 +33,15 @@ Exception::~Exception() = default;
 
 std::string Exception::ToString() const {
     std::ostringstream out;
-    out << "exception " << code_ << " at " << function_ << " (" << file_ << ":" << line_ << ")";
+    out << "exception " << code_ << SiteSuffix();
+    return out.str();
+}
+
+std::string Exception::ToSiteString() const { return ToString(); }
+
+std::string Exception::SiteSuffix() const {
+    std::ostringstream out;
+    out << " at " << function_ << " (" << file_ << ":" << line_ << ")";
     return out.str();
 }
 
@@ -61,9 +69,9 @@ const Exception::Chain& Exception::GetChain() const {
 const char* Exception::what() const noexcept {
     try {
         if (what_.empty()) {
-            std::ostringstream out;
-            ToStream(out);
-            what_ = out.str();
+            std::string text = ToSiteString();
+            for (const auto& chained : GetChain()) text += '\n' + chained->ToSiteString();
+            what_ = std::move(text);
         }
         return what_.c_str();
     } catch (...) {
@@ -77,8 +85,8 @@ std::ostream& operator<<(std::ostream& stream, const Exception& exception) {
 
 std::string StatusCodeException::ToString() const {
     std::ostringstream out;
-    out << "status " << GetCode() << " (" << StatusCodeToString(static_cast<StatusCode>(GetCode()))
-        << ") at " << GetFunction() << " (" << GetFile() << ":" << GetLine() << ")";
+    out << "status " << GetCode() << " (" << StatusCodeToString(static_cast<StatusCode>(GetCode())) << ")"
+        << SiteSuffix();
     return out.str();
 }
 

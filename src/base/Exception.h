@@ -25,6 +25,9 @@ public:
     ~Exception() override;
 
     virtual std::string ToString() const;
+    // ToString() with the throw site: "<text> at <function> (<file>:<line>)". The base class and
+    // StatusCodeException name their site in ToString() already.
+    virtual std::string ToSiteString() const;
     // Writes ToString() and then, one per line, every chained exception.
     virtual std::ostream& ToStream(std::ostream& stream) const;
 
@@ -38,8 +41,13 @@ public:
     std::uint32_t GetLine() const noexcept { return line_; }
     const Chain& GetChain() const;
 
-    // ToStream() as one string, for std::exception users.
+    // ToSiteString() of this exception and then, one per line, of every chained one: what a user
+    // who catches std::exception needs to find the failure.
     const char* what() const noexcept override;
+
+protected:
+    // " at <function> (<file>:<line>)".
+    std::string SiteSuffix() const;
 
 private:
     std::string file_;
