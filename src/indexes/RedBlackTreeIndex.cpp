@@ -111,10 +111,21 @@ StatusCode RedBlackTreeIndex::DeserializeUserData(MessageValidator& validator) {
         return Status::Invalid;
     }
     // The store is mapped by now: both must name entries in use, or every later walk would start
-    // from nowhere.
-    unsigned char* node = nullptr;
-    if (store_.GetEntry(static_cast<std::uint32_t>(root), node) != Status::Success ||
-        store_.GetEntry(static_cast<std::uint32_t>(sentinel), node) != Status::Success) {
+    // from nowhere. The sentinel must be one, the root must hang under it, and an empty tree must
+    // be all the store holds (its count is the file's): a root or sentinel damaged into the number
+    // of another entry in use would otherwise hide keys without a word.
+    unsigned char* rootBytes = nullptr;
+    unsigned char* sentinelBytes = nullptr;
+    if (store_.GetEntry(static_cast<std::uint32_t>(root), rootBytes) != Status::Success ||
+        store_.GetEntry(static_cast<std::uint32_t>(sentinel), sentinelBytes) != Status::Success) {
+        return Status::Invalid;
+    }
+    const Node nil(sentinelBytes);
+    const auto sentinelId = static_cast<std::uint32_t>(sentinel);
+    if (nil.GetRecord() != Node::NoRecord || nil.GetLeft() != sentinelId || nil.GetRight() != sentinelId) {
+        return Status::Invalid;
+    }
+    if (root == sentinel ? store_.GetCurrentEntries() != 1 : Node(rootBytes).GetParent() != sentinelId) {
         return Status::Invalid;
     }
     root_ = static_cast<std::uint32_t>(root);

@@ -122,8 +122,10 @@ public:
     // User data of the tree file, little-endian: the IndexSpecification in its serialised form, then
     // root and sentinel as signed 32-bit numbers. Serialize stops at the first failing append.
     StatusCode SerializeUserData(MessageBuilder& builder) override;
-    // 23 for another specification, a short area, or a root or sentinel that names no entry in use;
-    // a status of IndexSpecification::Deserialize. Root and sentinel are taken only on success.
+    // 23 for another specification, a short area, a root or sentinel that names no entry in use, a
+    // sentinel that is not one, a root that does not hang under it, or an empty tree in a store that
+    // holds more; a status of IndexSpecification::Deserialize. Root and sentinel are taken only on
+    // success.
     StatusCode DeserializeUserData(MessageValidator& validator) override;
 
     // directory ["/"] stem ".rb.idx", the stem being "tableName-indexName" with blanks as "_"; the

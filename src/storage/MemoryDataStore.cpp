@@ -111,6 +111,7 @@ void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
     }
     FinishGrowth(surplus);
     RecountEntries();
+    RelinkFreeEntries();
     fileName_ = fileName;
     temporary_ = false;
 }

@@ -55,6 +55,8 @@ public:
     // free list ends are out of range; the owner's status from DeserializeUserData. growEntries
     // stays this object's. A file that ends in whole entries of zero bytes beyond the header's
     // maxEntries was left by a process that died while growing it: those entries become free ones.
+    // A free list that runs into an entry in use, leaves the entries, goes round or misses a free
+    // entry is made again from the used flags, so a damaged list never stops Add.
     // The whole header is checked before any of it is taken; a failed open leaves this object as
     // it was, so a Create after it makes the store of the constructor's settings.
     StatusCode Open(const std::string& fileName, const Uuid* uuid) override;
@@ -108,6 +110,9 @@ private:
     void FinishGrowth(std::uint32_t surplus) noexcept;
     // Sets currentEntries to the number of entries whose used flag is set.
     void RecountEntries() noexcept;
+    // Makes the free list again from the used flags when it does not lead through exactly the
+    // entries not in use; runs after RecountEntries.
+    void RelinkFreeEntries() noexcept;
     StatusCode Save();
 
     unsigned char* EntryAt(std::uint32_t id) const noexcept {

@@ -49,6 +49,43 @@ void MemoryDataStore::RecountEntries() noexcept {
     if (used != header_.currentEntries) SetCurrentEntries(used);
 }
 
+// The used flags are the truth about the free list too. A damaged header can point freeHead at an
+// entry in use (every Add would then answer 23), and a process killed inside Add leaves an entry
+// that is neither used nor free; both show as a walk that does not lead through exactly the entries
+// not in use. Such a list is made again, in rising id order, with the writes ordered as for linking
+// new entries. A sound list whose tail is wrong only gets its tail. A sound file is not written.
+void MemoryDataStore::RelinkFreeEntries() noexcept {
+    const std::uint32_t free = header_.maxEntries - header_.currentEntries;
+    std::uint32_t walked = 0;
+    std::int32_t last = Layout::NoEntry;
+    for (std::int32_t id = extension_.freeHead; id != Layout::NoEntry;) {
+        const auto at = static_cast<std::uint32_t>(id);
+        // Out of range, in use, or longer than the entries not in use (a circle): a damaged list.
+        if (id < 0 || at >= header_.maxEntries || IsUsed(at) || walked == free) {
+            walked = free + 1;
+            break;
+        }
+        last = id;
+        ++walked;
+        id = NextOf(EntryAt(at));
+    }
+    if (walked == free) {
+        if (last != extension_.freeTail) SetFreeTail(last);
+        return;
+    }
+    SetFreeHead(Layout::NoEntry);
+    std::int32_t head = Layout::NoEntry;
+    std::int32_t tail = Layout::NoEntry;
+    for (std::uint32_t id = header_.maxEntries; id-- > 0;) {
+        if (IsUsed(id)) continue;
+        SetNext(EntryAt(id), head);
+        head = static_cast<std::int32_t>(id);
+        if (tail == Layout::NoEntry) tail = head;
+    }
+    SetFreeTail(tail);
+    SetFreeHead(head);
+}
+
 StatusCode MemoryDataStore::Add(std::uint32_t& id, const void* record) {
     if (data_ == nullptr) return Status::NotOpen;
     const bool full = header_.currentEntries == header_.maxEntries || extension_.freeHead == Layout::NoEntry;

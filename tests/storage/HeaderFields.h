@@ -1,0 +1,49 @@
+#pragma once
+// The fields of a memory store file's header by file offset, and the damage that the header tests
+// write into them: 0, 1, all ones and one value drawn from a fixed seed, cut to the field's width.
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "base/Encoding.h"
+
+namespace Tavrin::Database::Testing {
+
+struct HeaderField {
+    std::string name;
+    std::uint32_t offset;  // in the file
+    std::uint32_t width;   // 1 or 4
+};
+
+// The clean flag, the common header and the memory store's extension.
+inline std::vector<HeaderField> MemoryStoreHeaderFields() {
+    return {{"clean flag", 0, 1},        {"format", 17, 1},         {"storeType", 18, 4},
+            {"valid", 22, 4},            {"headerSize", 26, 4},     {"userDataSize", 30, 4},
+            {"recordSize", 34, 4},       {"initialEntries", 38, 4}, {"growEntries", 42, 4},
+            {"currentEntries", 46, 4},   {"maxEntries", 50, 4},     {"extension format", 54, 1},
+            {"firstEntryOffset", 55, 4}, {"entryStride", 59, 4},    {"freeHead", 63, 4},
+            {"freeTail", 67, 4}};
+}
+
+inline std::vector<std::uint32_t> DamageValues(const HeaderField& field, std::mt19937& random) {
+    const std::uint32_t mask = field.width == 1 ? 0xFFu : 0xFFFFFFFFu;
+    return {0, 1, mask, static_cast<std::uint32_t>(random()) & mask};
+}
+
+inline std::uint32_t ReadField(const std::vector<unsigned char>& bytes, const HeaderField& field) {
+    return field.width == 1 ? bytes[field.offset] : DecodeU32(bytes.data() + field.offset);
+}
+
+inline std::vector<unsigned char> WithField(std::vector<unsigned char> bytes, const HeaderField& field,
+                                            std::uint32_t value) {
+    if (field.width == 1) {
+        bytes[field.offset] = static_cast<unsigned char>(value);
+    } else {
+        EncodeU32(bytes.data() + field.offset, value);
+    }
+    return bytes;
+}
+
+}  // namespace Tavrin::Database::Testing
