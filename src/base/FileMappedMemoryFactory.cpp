@@ -94,6 +94,10 @@ public:
         const StatusCode status = file_.CommitReplacement(true);
         if (status != Status::Success) ThrowStatus("Tavrin::FileMappedMemory::Commit", status);
         pending_ = false;
+        // The write-back left every page clean and so write-protected: the first write to each
+        // would fault again, in the middle of the owner's first operations. Taking those faults
+        // here keeps them out of the operations; a kernel without this advice just skips it.
+        ::madvise(address_, size_, MADV_POPULATE_WRITE);
     }
 
 private:
