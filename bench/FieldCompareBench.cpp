@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "base/FieldTypes/Date.h"
-#include "records/ManagedFieldList.h"
+#include "tavrin/base/FieldTypes/Date.h"
+#include "tavrin/records/ManagedFieldList.h"
 
 namespace {
 

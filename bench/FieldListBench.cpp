@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "base/MessageBuilder.h"
-#include "base/MessageValidator.h"
-#include "records/FieldList.h"
-#include "records/ManagedFieldListFactory.h"
-#include "records/UnmanagedFieldListFactory.h"
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/MessageValidator.h"
+#include "tavrin/records/FieldList.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
+#include "tavrin/records/UnmanagedFieldListFactory.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "storage/MemoryDataStore.h"
+#include "tavrin/storage/MemoryDataStore.h"
 
 namespace {
 

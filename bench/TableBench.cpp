@@ -7,11 +7,11 @@
 #include <memory>
 #include <vector>
 
-#include "records/Key.h"
-#include "records/Record.h"
-#include "schema/IndexSpecification.h"
-#include "schema/TableSpecification.h"
-#include "tables/ManagedTableFactory.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/schema/TableSpecification.h"
+#include "tavrin/tables/ManagedTableFactory.h"
 
 namespace {
 

@@ -16,10 +16,10 @@
 #include <string>
 #include <vector>
 
-#include "records/Record.h"
-#include "schema/IndexSpecification.h"
-#include "schema/TableSpecification.h"
-#include "tables/ManagedTableFactory.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/schema/TableSpecification.h"
+#include "tavrin/tables/ManagedTableFactory.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 #include <random>
 #include <vector>
 
-#include "base/Encoding.h"
-#include "indexes/RedBlackTreeIndex.h"
-#include "records/Key.h"
-#include "records/ManagedFieldListFactory.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/indexes/RedBlackTreeIndex.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
 
 namespace {
 

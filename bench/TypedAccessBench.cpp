@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "base/FieldTypes/Rational.h"
-#include "records/ManagedFieldList.h"
+#include "tavrin/base/FieldTypes/Rational.h"
+#include "tavrin/records/ManagedFieldList.h"
 
 namespace {
 

@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "StoreRegistry.h"
-#include "indexes/IIndex.h"
-#include "records/Key.h"
-#include "records/Record.h"
-#include "schema/IndexSpecification.h"
-#include "tables/ITable.h"
-#include "tables/ManagedTableFactory.h"
-#include "tables/UnmanagedTableFactory.h"
+#include "tavrin/indexes/IIndex.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/tables/ITable.h"
+#include "tavrin/tables/ManagedTableFactory.h"
+#include "tavrin/tables/UnmanagedTableFactory.h"
 
 namespace Tavrin::Compare {
 

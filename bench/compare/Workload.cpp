@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "base/Encoding.h"
+#include "tavrin/base/Encoding.h"
 
 namespace Tavrin::Compare {
 

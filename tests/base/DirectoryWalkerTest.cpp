@@ -1,4 +1,4 @@
-#include "base/DirectoryWalker.h"
+#include "tavrin/base/DirectoryWalker.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/File.h"
+#include "tavrin/base/File.h"
 #include "base/ScratchDirectory.h"
 
 namespace Tavrin {

@@ -1,4 +1,4 @@
-#include "base/Encoding.h"
+#include "tavrin/base/Encoding.h"
 
 #include <gtest/gtest.h>
 

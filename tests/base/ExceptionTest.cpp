@@ -1,10 +1,10 @@
-#include "base/DatabaseException.h"
+#include "tavrin/base/DatabaseException.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "base/Status.h"
+#include "tavrin/base/Status.h"
 
 namespace Tavrin::Database {
 namespace {

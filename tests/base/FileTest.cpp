@@ -1,4 +1,4 @@
-#include "base/File.h"
+#include "tavrin/base/File.h"
 
 #include <gtest/gtest.h>
 

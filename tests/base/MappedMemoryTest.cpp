@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "base/ChildProcess.h"
-#include "base/Exception.h"
-#include "base/File.h"
-#include "base/FileMappedMemoryFactory.h"
+#include "tavrin/base/Exception.h"
+#include "tavrin/base/File.h"
+#include "tavrin/base/FileMappedMemoryFactory.h"
 #include "base/ScratchDirectory.h"
 #include "base/ThrownStatus.h"
-#include "base/Uuid.h"
+#include "tavrin/base/Uuid.h"
 
 namespace Tavrin {
 namespace {

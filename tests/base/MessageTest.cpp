@@ -3,8 +3,8 @@
 #include <array>
 #include <string>
 
-#include "base/MessageBuilder.h"
-#include "base/MessageValidator.h"
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/MessageValidator.h"
 
 namespace Tavrin {
 namespace {

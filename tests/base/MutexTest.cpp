@@ -4,8 +4,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "base/MutexHolder.h"
-#include "base/PrivateMutexFactory.h"
+#include "tavrin/base/MutexHolder.h"
+#include "tavrin/base/PrivateMutexFactory.h"
 
 namespace Tavrin {
 namespace {

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "base/File.h"
+#include "tavrin/base/File.h"
 
 namespace Tavrin::Testing {
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "base/Exception.h"
+#include "tavrin/base/Exception.h"
 
 namespace Tavrin::Testing {
 

@@ -1,4 +1,4 @@
-#include "base/Uuid.h"
+#include "tavrin/base/Uuid.h"
 
 #include <gtest/gtest.h>
 

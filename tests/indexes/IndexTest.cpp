@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "base/DatabaseException.h"
+#include "tavrin/base/DatabaseException.h"
 #include "base/ThrownStatus.h"
-#include "base/Uuid.h"
-#include "indexes/Index.h"
-#include "records/Key.h"
-#include "records/ManagedFieldListFactory.h"
-#include "records/UnmanagedFieldListFactory.h"
+#include "tavrin/base/Uuid.h"
+#include "tavrin/indexes/Index.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
+#include "tavrin/records/UnmanagedFieldListFactory.h"
 #include "records/RecordsTestSupport.h"
 
 namespace Tavrin::Database {

@@ -11,10 +11,10 @@
 #include <random>
 #include <vector>
 
-#include "indexes/KeyCopy.h"
-#include "indexes/KeyOrder.h"
-#include "records/ManagedFieldListFactory.h"
-#include "records/UnmanagedFieldListFactory.h"
+#include "tavrin/indexes/KeyCopy.h"
+#include "tavrin/indexes/KeyOrder.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
+#include "tavrin/records/UnmanagedFieldListFactory.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

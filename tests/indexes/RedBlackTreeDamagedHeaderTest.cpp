@@ -16,8 +16,8 @@
 #include "../storage/HeaderFields.h"
 #include "../storage/StoreTestSupport.h"
 #include "RedBlackTreeTestSupport.h"
-#include "base/MessageBuilder.h"
-#include "base/Uuid.h"
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/Uuid.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

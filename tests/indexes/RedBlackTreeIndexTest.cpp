@@ -12,8 +12,8 @@
 #include "../base/ScratchDirectory.h"
 #include "../storage/StoreTestSupport.h"
 #include "RedBlackTreeTestSupport.h"
-#include "base/MessageBuilder.h"
-#include "base/Uuid.h"
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/Uuid.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

@@ -11,13 +11,13 @@
 #include <string>
 #include <vector>
 
-#include "base/Encoding.h"
-#include "indexes/RedBlackTreeIndex.h"
-#include "records/FieldList.h"
-#include "records/Key.h"
-#include "records/ManagedFieldListFactory.h"
-#include "records/UnmanagedFieldListFactory.h"
-#include "schema/IndexSpecification.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/indexes/RedBlackTreeIndex.h"
+#include "tavrin/records/FieldList.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
+#include "tavrin/records/UnmanagedFieldListFactory.h"
+#include "tavrin/schema/IndexSpecification.h"
 
 namespace Tavrin::Database::Testing {
 

@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "base/FieldTypes/Rational.h"
-#include "base/FieldTypes/SInt.h"
-#include "base/FieldTypes/TextString.h"
-#include "records/ManagedFieldList.h"
-#include "records/UnmanagedFieldList.h"
+#include "tavrin/base/FieldTypes/Rational.h"
+#include "tavrin/base/FieldTypes/SInt.h"
+#include "tavrin/base/FieldTypes/TextString.h"
+#include "tavrin/records/ManagedFieldList.h"
+#include "tavrin/records/UnmanagedFieldList.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "records/FieldList.h"
-#include "records/ManagedFieldListFactory.h"
-#include "records/UnmanagedFieldListFactory.h"
+#include "tavrin/records/FieldList.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
+#include "tavrin/records/UnmanagedFieldListFactory.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "records/FieldTypeTable.h"
-#include "records/FieldValidators.h"
+#include "tavrin/records/FieldTypeTable.h"
+#include "tavrin/records/FieldValidators.h"
 
 namespace Tavrin::Database {
 namespace {

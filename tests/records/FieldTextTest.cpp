@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "base/FieldTypes/Date.h"
-#include "records/FieldTypeTable.h"
-#include "records/ManagedFieldList.h"
+#include "tavrin/base/FieldTypes/Date.h"
+#include "tavrin/records/FieldTypeTable.h"
+#include "tavrin/records/ManagedFieldList.h"
 
 namespace Tavrin::Database {
 namespace {

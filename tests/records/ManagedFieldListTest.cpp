@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "records/ManagedFieldList.h"
+#include "tavrin/records/ManagedFieldList.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
-#include "base/DatabaseException.h"
-#include "base/MessageBuilder.h"
-#include "base/MessageValidator.h"
-#include "records/FieldList.h"
-#include "records/FieldSpecification.h"
+#include "tavrin/base/DatabaseException.h"
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/MessageValidator.h"
+#include "tavrin/records/FieldList.h"
+#include "tavrin/records/FieldSpecification.h"
 
 namespace Tavrin::Database::Testing {
 

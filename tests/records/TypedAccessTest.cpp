@@ -8,14 +8,14 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "base/FieldTypes/Blob.h"
-#include "base/FieldTypes/Date.h"
-#include "base/FieldTypes/Rational.h"
-#include "base/FieldTypes/SInt.h"
-#include "base/FieldTypes/TRational.h"
-#include "base/FieldTypes/TextString.h"
-#include "records/ManagedFieldList.h"
-#include "records/UnmanagedFieldList.h"
+#include "tavrin/base/FieldTypes/Blob.h"
+#include "tavrin/base/FieldTypes/Date.h"
+#include "tavrin/base/FieldTypes/Rational.h"
+#include "tavrin/base/FieldTypes/SInt.h"
+#include "tavrin/base/FieldTypes/TRational.h"
+#include "tavrin/base/FieldTypes/TextString.h"
+#include "tavrin/records/ManagedFieldList.h"
+#include "tavrin/records/UnmanagedFieldList.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "RecordsTestSupport.h"
-#include "records/UnmanagedFieldList.h"
+#include "tavrin/records/UnmanagedFieldList.h"
 
 namespace Tavrin::Database {
 namespace {

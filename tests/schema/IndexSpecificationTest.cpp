@@ -1,4 +1,4 @@
-#include "schema/IndexSpecification.h"
+#include "tavrin/schema/IndexSpecification.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "base/DatabaseException.h"
+#include "tavrin/base/DatabaseException.h"
 #include "records/RecordsTestSupport.h"
 
 namespace Tavrin::Database {

@@ -1,4 +1,4 @@
-#include "schema/TableSpecification.h"
+#include "tavrin/schema/TableSpecification.h"
 
 #include <gtest/gtest.h>
 

@@ -13,7 +13,7 @@
 #include "../base/ScratchDirectory.h"
 #include "../base/ThrownStatus.h"
 #include "storage/HeaderFields.h"
-#include "storage/MemoryDataStore.h"
+#include "tavrin/storage/MemoryDataStore.h"
 #include "storage/StoreTestSupport.h"
 
 namespace Tavrin::Database::Testing {

@@ -1,4 +1,4 @@
-#include "storage/FileMappedMemoryManager.h"
+#include "tavrin/storage/FileMappedMemoryManager.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "base/Exception.h"
-#include "base/File.h"
-#include "base/FileMappedMemoryFactory.h"
+#include "tavrin/base/Exception.h"
+#include "tavrin/base/File.h"
+#include "tavrin/base/FileMappedMemoryFactory.h"
 #include "base/ScratchDirectory.h"
 #include "base/ThrownStatus.h"
 #include "storage/StoreTestSupport.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/Encoding.h"
+#include "tavrin/base/Encoding.h"
 
 namespace Tavrin::Database::Testing {
 

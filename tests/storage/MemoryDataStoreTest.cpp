@@ -1,4 +1,4 @@
-#include "storage/MemoryDataStore.h"
+#include "tavrin/storage/MemoryDataStore.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "base/Encoding.h"
-#include "base/File.h"
-#include "base/FileMappedMemoryFactory.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/base/File.h"
+#include "tavrin/base/FileMappedMemoryFactory.h"
 #include "base/ScratchDirectory.h"
 #include "storage/StoreTestSupport.h"
 

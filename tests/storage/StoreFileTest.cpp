@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "base/ChildProcess.h"
-#include "base/Encoding.h"
-#include "base/File.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/base/File.h"
 #include "base/ScratchDirectory.h"
-#include "storage/DataStore.h"
-#include "storage/MemoryDataStore.h"
+#include "tavrin/storage/DataStore.h"
+#include "tavrin/storage/MemoryDataStore.h"
 #include "storage/StoreTestSupport.h"
 
 namespace Tavrin::Database {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "base/File.h"
-#include "storage/UserDataStore.h"
+#include "tavrin/base/File.h"
+#include "tavrin/storage/UserDataStore.h"
 
 namespace Tavrin::Database::Testing {
 

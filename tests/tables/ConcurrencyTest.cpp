@@ -12,11 +12,11 @@
 #include <vector>
 
 #include "WriteTestSupport.h"
-#include "records/Key.h"
-#include "records/Record.h"
-#include "schema/IndexSpecification.h"
-#include "schema/TableSpecification.h"
-#include "tables/ManagedTableFactory.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/schema/TableSpecification.h"
+#include "tavrin/tables/ManagedTableFactory.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -11,7 +11,7 @@
 #include "../base/ScratchDirectory.h"
 #include "../base/ThrownStatus.h"
 #include "WriteTestSupport.h"
-#include "base/Encoding.h"
+#include "tavrin/base/Encoding.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

@@ -16,7 +16,7 @@
 #include "../base/ChildProcess.h"
 #include "../base/ScratchDirectory.h"
 #include "WriteTestSupport.h"
-#include "base/FileMappedMemoryFactory.h"
+#include "tavrin/base/FileMappedMemoryFactory.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "WriteTestSupport.h"
-#include "base/Encoding.h"
-#include "records/Key.h"
-#include "records/Record.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
 #include "records/RecordsTestSupport.h"
 
 namespace Tavrin::Database {

@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
-#include "base/Encoding.h"
-#include "records/Record.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/records/Record.h"
 #include "TablesTestSupport.h"
 #include "records/RecordsTestSupport.h"
-#include "tables/ManagedTableFactory.h"
-#include "tables/UnmanagedTableFactory.h"
+#include "tavrin/tables/ManagedTableFactory.h"
+#include "tavrin/tables/UnmanagedTableFactory.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -12,13 +12,13 @@
 #include <vector>
 
 #include "../base/ThrownStatus.h"
-#include "base/Encoding.h"
+#include "tavrin/base/Encoding.h"
 #include "RemoteTableTestSupport.h"
 #include "TablesTestSupport.h"
-#include "records/Key.h"
-#include "records/Record.h"
-#include "schema/TableSpecification.h"
-#include "tables/UnmanagedTableFactory.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/TableSpecification.h"
+#include "tavrin/tables/UnmanagedTableFactory.h"
 
 namespace Tavrin::Database {
 namespace {

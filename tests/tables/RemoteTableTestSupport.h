@@ -9,14 +9,14 @@
 #include <string>
 #include <vector>
 
-#include "base/MessageBuilder.h"
-#include "base/MessageValidator.h"
-#include "records/FieldSpecification.h"
-#include "records/Key.h"
-#include "schema/IndexSpecification.h"
-#include "tables/ITable.h"
-#include "tables/ManagedTableFactory.h"
-#include "tables/RemoteTableFactory.h"
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/MessageValidator.h"
+#include "tavrin/records/FieldSpecification.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/tables/ITable.h"
+#include "tavrin/tables/ManagedTableFactory.h"
+#include "tavrin/tables/RemoteTableFactory.h"
 
 namespace Tavrin::Database::Testing {
 

@@ -6,9 +6,9 @@
 #include "../base/ScratchDirectory.h"
 #include "../records/RecordsTestSupport.h"
 #include "TablesTestSupport.h"
-#include "records/Record.h"
-#include "schema/IndexSpecification.h"
-#include "schema/TableSpecification.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/schema/TableSpecification.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

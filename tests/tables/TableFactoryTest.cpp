@@ -7,7 +7,7 @@
 
 #include "../base/ScratchDirectory.h"
 #include "TablesTestSupport.h"
-#include "schema/TableSpecification.h"
+#include "tavrin/schema/TableSpecification.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

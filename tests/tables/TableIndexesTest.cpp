@@ -10,7 +10,7 @@
 #include "../base/ScratchDirectory.h"
 #include "../base/ThrownStatus.h"
 #include "WriteTestSupport.h"
-#include "base/File.h"
+#include "tavrin/base/File.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

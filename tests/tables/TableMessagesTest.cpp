@@ -12,10 +12,10 @@
 
 #include "RemoteTableTestSupport.h"
 #include "TablesTestSupport.h"
-#include "base/Encoding.h"
-#include "records/Key.h"
-#include "records/Record.h"
-#include "tables/UnmanagedTableFactory.h"
+#include "tavrin/base/Encoding.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/tables/UnmanagedTableFactory.h"
 
 namespace Tavrin::Database {
 namespace {

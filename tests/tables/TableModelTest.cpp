@@ -12,7 +12,7 @@
 
 #include "../base/ScratchDirectory.h"
 #include "WriteTestSupport.h"
-#include "base/File.h"
+#include "tavrin/base/File.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

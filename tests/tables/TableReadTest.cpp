@@ -14,8 +14,8 @@
 
 #include "RemoteTableTestSupport.h"
 #include "TablesTestSupport.h"
-#include "records/Key.h"
-#include "records/Record.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/Record.h"
 
 namespace Tavrin::Database {
 namespace {

@@ -9,9 +9,9 @@
 
 #include "../base/ScratchDirectory.h"
 #include "TablesTestSupport.h"
-#include "base/MessageValidator.h"
-#include "schema/TableSpecification.h"
-#include "storage/DataStore.h"
+#include "tavrin/base/MessageValidator.h"
+#include "tavrin/schema/TableSpecification.h"
+#include "tavrin/storage/DataStore.h"
 
 namespace Tavrin::Database::Testing {
 namespace {

@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "../storage/StoreTestSupport.h"
-#include "base/DatabaseException.h"
-#include "base/Exception.h"
-#include "records/FieldSpecification.h"
-#include "tables/ITable.h"
-#include "tables/ManagedTableFactory.h"
-#include "tables/UnmanagedTableFactory.h"
+#include "tavrin/base/DatabaseException.h"
+#include "tavrin/base/Exception.h"
+#include "tavrin/records/FieldSpecification.h"
+#include "tavrin/tables/ITable.h"
+#include "tavrin/tables/ManagedTableFactory.h"
+#include "tavrin/tables/UnmanagedTableFactory.h"
 
 namespace Tavrin::Database::Testing {
 

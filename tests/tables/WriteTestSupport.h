@@ -13,14 +13,14 @@
 #include <vector>
 
 #include "TablesTestSupport.h"
-#include "base/Exception.h"
-#include "indexes/Index.h"
-#include "indexes/RedBlackTreeIndex.h"
-#include "records/Key.h"
-#include "records/ManagedFieldListFactory.h"
-#include "records/Record.h"
-#include "schema/IndexSpecification.h"
-#include "tables/Table.h"
+#include "tavrin/base/Exception.h"
+#include "tavrin/indexes/Index.h"
+#include "tavrin/indexes/RedBlackTreeIndex.h"
+#include "tavrin/records/Key.h"
+#include "tavrin/records/ManagedFieldListFactory.h"
+#include "tavrin/records/Record.h"
+#include "tavrin/schema/IndexSpecification.h"
+#include "tavrin/tables/Table.h"
 
 namespace Tavrin::Database::Testing {
 

@@ -9,10 +9,10 @@
 #include <memory>
 #include <random>
 
-#include "base/FieldTypes/CrcBlob.h"
-#include "base/FieldTypes/DateTime.h"
-#include "base/FieldTypes/FieldTypeFactory.h"
-#include "base/FieldTypes/TRational.h"
+#include "tavrin/base/FieldTypes/CrcBlob.h"
+#include "tavrin/base/FieldTypes/DateTime.h"
+#include "tavrin/base/FieldTypes/FieldTypeFactory.h"
+#include "tavrin/base/FieldTypes/TRational.h"
 #include "ValueTestSupport.h"
 
 namespace Tavrin {

@@ -3,9 +3,9 @@
 #include <random>
 #include <string>
 
-#include "base/FieldTypes/BinaryArray.h"
-#include "base/FieldTypes/CrcBlob.h"
-#include "base/FieldTypes/TextArray.h"
+#include "tavrin/base/FieldTypes/BinaryArray.h"
+#include "tavrin/base/FieldTypes/CrcBlob.h"
+#include "tavrin/base/FieldTypes/TextArray.h"
 #include "ValueTestSupport.h"
 
 namespace Tavrin {

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <random>
 
-#include "base/FieldTypes/DateTime.h"
+#include "tavrin/base/FieldTypes/DateTime.h"
 #include "ValueTestSupport.h"
 
 namespace Tavrin {

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "base/FieldTypes/FieldTypeFactory.h"
-#include "base/FieldTypes/TRational.h"
+#include "tavrin/base/FieldTypes/FieldTypeFactory.h"
+#include "tavrin/base/FieldTypes/TRational.h"
 #include "ValueTestSupport.h"
 
 namespace Tavrin {

@@ -3,9 +3,9 @@
 #include <limits>
 #include <random>
 
-#include "base/FieldTypes/Rational.h"
-#include "base/FieldTypes/SInt.h"
-#include "base/FieldTypes/UInt.h"
+#include "tavrin/base/FieldTypes/Rational.h"
+#include "tavrin/base/FieldTypes/SInt.h"
+#include "tavrin/base/FieldTypes/UInt.h"
 #include "ValueTestSupport.h"
 
 namespace Tavrin {

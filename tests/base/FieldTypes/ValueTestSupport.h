@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "base/FieldTypes/IFieldType.h"
+#include "tavrin/base/FieldTypes/IFieldType.h"
 
 namespace Tavrin::Testing {
 

@@ -1,0 +1,71 @@
+#pragma once
+// Date: a calendar date of the proleptic Gregorian calendar, years 1 to 9999.
+//
+// Body, 3 bytes:
+//   bytes 0-2  day number, little-endian: days since 0001-01-01 (0 to 3652058 for 9999-12-31)
+// Every day number in that range is a valid body and no other is, so bodies and dates map one to
+// one, and the order of day numbers is the order of dates.
+//
+// Text form: YYYY-MM-DD, such as 2026-11-22. The length-and-body form is the body.
+// Converts from DateTime (its date part). No locks.
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "tavrin/base/FieldTypes/IFieldType.h"
+
+namespace Tavrin {
+
+class TextScanner;
+
+class Date : public IFieldType {
+public:
+    static constexpr std::uint32_t BodySize = 3;
+    static constexpr std::uint32_t MaxDayNumber = 3652058;
+
+    Date() noexcept : IFieldType(FieldTypeNumber::Date) {}
+
+    // Status 23 unless the arguments form a date of years 1 to 9999.
+    StatusCode Set(int year, unsigned month, unsigned day);
+    StatusCode Set(std::chrono::year_month_day date);
+    // REQUIRES: defined.
+    std::chrono::year_month_day GetYearMonthDay() const;
+    std::uint32_t GetDayNumber() const noexcept { return dayNumber_; }
+
+    // Orders two Date bodies by date.
+    static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
+                              int& result);
+    // Decodes a body; false if it is not one.
+    static bool Decode(const void* data, std::uint32_t length, std::uint32_t& dayNumber) noexcept;
+    // The text form of a day number, and its reverse for use inside longer text forms.
+    static std::string Format(std::uint32_t dayNumber);
+    static bool Parse(TextScanner& scanner, std::uint32_t& dayNumber);
+    static bool FromYearMonthDay(std::chrono::year_month_day date, std::uint32_t& dayNumber) noexcept;
+
+    void Reset() override { defined = false; }
+    void Clear() override { defined = false; }
+    StatusCode Compare(const void* data, std::uint32_t length, int& result) const override;
+    std::string ToString() const override;
+    StatusCode FromString(MessageValidator& text) override;
+    std::string GetFromStringFormat() const override { return "YYYY-MM-DD"; }
+    StatusCode SerializeBody(void* buffer, std::uint32_t size, std::uint32_t& written) const override;
+    StatusCode SerializeLengthAndBody(MessageBuilder& builder, std::uint32_t) const override {
+        return AppendBody(builder);
+    }
+    StatusCode DeserializeBody(const void* data, std::uint32_t length) override;
+    StatusCode DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t options) override;
+    std::uint32_t GetLengthAndBodySize() const override { return GetBodySize(); }
+    std::uint32_t GetBodySize() const override { return defined ? BodySize : 0; }
+
+    // Sets the day number directly; REQUIRES: dayNumber <= MaxDayNumber.
+    void SetDayNumber(std::uint32_t dayNumber) noexcept;
+
+protected:
+    StatusCode ConvertFrom(const IFieldType& other) override;
+
+private:
+    std::uint32_t dayNumber_ = 0;
+};
+
+}  // namespace Tavrin

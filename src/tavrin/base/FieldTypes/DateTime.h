@@ -1,0 +1,63 @@
+#pragma once
+// DateTime: a Date and a Time of day, in that order.
+//
+// Body, 6 or 7 bytes: the Date body (bytes 0-2), then the Time body (bytes 3-5, or 3-6 when bit 7
+// of byte 3 is set, that is when the millisecond is not 0). Bodies order by date, then by time.
+//
+// Text form: YYYY-MM-DD HH:MM:SS[.mmm], such as 2026-11-22 13:45:07.123; FromString also takes a
+// "T" between date and time. The length-and-body form is the body.
+// Converts from Date (at 00:00:00). No locks.
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "tavrin/base/FieldTypes/Date.h"
+#include "tavrin/base/FieldTypes/Time.h"
+
+namespace Tavrin {
+
+class DateTime : public IFieldType {
+public:
+    static constexpr std::uint32_t TimeOffset = Date::BodySize;
+    static constexpr std::uint32_t MaxBodySize = Date::BodySize + Time::LongBodySize;
+
+    DateTime() noexcept : IFieldType(FieldTypeNumber::DateTime) {}
+
+    // Status 14 unless both parts are defined.
+    StatusCode Set(const Date& date, const Time& time);
+    // Status 23 outside years 1 to 9999.
+    StatusCode Set(std::chrono::sys_time<std::chrono::milliseconds> instant);
+    const Date& GetDate() const noexcept { return date_; }
+    const Time& GetTime() const noexcept { return time_; }
+    // REQUIRES: defined.
+    std::chrono::sys_time<std::chrono::milliseconds> GetSysTime() const;
+
+    // Orders two DateTime bodies by date, then time.
+    static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
+                              int& result);
+
+    void Reset() override;
+    void Clear() override;
+    StatusCode Compare(const void* data, std::uint32_t length, int& result) const override;
+    std::string ToString() const override;
+    StatusCode FromString(MessageValidator& text) override;
+    std::string GetFromStringFormat() const override { return "YYYY-MM-DD HH:MM:SS[.mmm]"; }
+    StatusCode SerializeBody(void* buffer, std::uint32_t size, std::uint32_t& written) const override;
+    StatusCode SerializeLengthAndBody(MessageBuilder& builder, std::uint32_t) const override {
+        return AppendBody(builder);
+    }
+    StatusCode DeserializeBody(const void* data, std::uint32_t length) override;
+    StatusCode DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t options) override;
+    std::uint32_t GetLengthAndBodySize() const override;
+    std::uint32_t GetBodySize() const override;
+
+protected:
+    StatusCode ConvertFrom(const IFieldType& other) override;
+
+private:
+    Date date_;
+    Time time_;
+};
+
+}  // namespace Tavrin

@@ -1,0 +1,13 @@
+#pragma once
+// SInt: a signed integer value of an integer field 1, 2, 4 or 8 bytes wide (see BasicInteger).
+
+#include "tavrin/base/FieldTypes/BasicInteger.h"
+
+namespace Tavrin {
+
+class SInt final : public BasicInteger<std::int64_t> {
+public:
+    SInt() noexcept : BasicInteger(FieldTypeNumber::SInt) {}
+};
+
+}  // namespace Tavrin

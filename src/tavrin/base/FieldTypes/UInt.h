@@ -1,0 +1,13 @@
+#pragma once
+// UInt: an unsigned integer value of an integer field 1, 2, 4 or 8 bytes wide (see BasicInteger).
+
+#include "tavrin/base/FieldTypes/BasicInteger.h"
+
+namespace Tavrin {
+
+class UInt final : public BasicInteger<std::uint64_t> {
+public:
+    UInt() noexcept : BasicInteger(FieldTypeNumber::UInt) {}
+};
+
+}  // namespace Tavrin

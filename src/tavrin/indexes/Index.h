@@ -1,0 +1,123 @@
+#pragma once
+// Index: the base of every index. It lays out and fills key images and rebuilds its
+// specification; a structure (HashIndex, RedBlackTreeIndex) derives from it and overrides the
+// structural operations it has. A plain Index stores nothing: it is what a remote table uses to lay
+// out and fill keys, and its structural operations answer status 13 (Status::NotAvailable) without
+// side effects, or throw StatusCodeException 13 where they have no status result.
+//
+// Owns: the key FieldList. Holds, unowned: the table's FieldList, which must outlive the index.
+// Everything the key operations read is set by the constructor; no lock (see IIndex).
+//
+// Key image: the compared fields of the index specification in its order, each with its flags as field
+// properties (bit 31 orders it descending), then the additional fields with properties 0, packed
+// from offset 0 by the table's kind of list; in a Duplicate index the record id follows as a signed
+// 32-bit little-endian number.
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tavrin/base/Uuid.h"
+#include "tavrin/indexes/IIndex.h"
+#include "tavrin/indexes/KeyCopy.h"
+#include "tavrin/records/IFieldListFactory.h"
+
+namespace Tavrin::Database {
+
+class Index : public IIndex {
+public:
+    // Builds the key layout from `specification` and the table's list. Throws DatabaseException
+    // code 12 for a field that the table lacks, code 4 if the factory gives no list, and whatever
+    // the factory throws.
+    Index(const IndexSpecification& specification, const FieldList& tableFieldList,
+          const IFieldListFactory& factory);
+    ~Index() override;
+
+    void InitializeKey(Key& key) const override;
+    StatusCode BuildKey(Key& key, const Key& source) const override;
+    StatusCode BuildKey(Key& key, const unsigned char* recordData, std::uint32_t recordId) const override;
+    StatusCode BuildKey(Key& key, const KeyValueList& values) const override;
+    StatusCode BuildRecord(Record& record, const KeyValueList& values) const override;
+    int CompareKeys(const Key& left, const Key& right) const override;
+
+    std::uint16_t GetNumber() const override { return number_; }
+    std::string GetName() const override { return name_; }
+    std::uint32_t GetKeySize() const override { return keySize_; }
+    const FieldList* GetFieldList() const override { return keyFieldList_.get(); }
+    std::vector<FieldSpecification> GetFieldSpecificationList() const override;
+    std::vector<std::uint16_t> GetFieldIdList() const override;
+    IndexSpecification GetSpecification() const override;
+    std::uint32_t GetCurrentRecords() override;
+
+    bool IsPrimaryUnique() const override { return (properties_ & IndexSpecification::PrimaryUniqueProperty) != 0; }
+    bool IsUnique() const override { return (properties_ & IndexSpecification::UniqueProperty) != 0; }
+    bool IsDuplicate() const override { return (properties_ & IndexSpecification::DuplicateProperty) != 0; }
+    bool IsTree() const override { return type_ == IndexSpecification::RedBlack; }
+
+    // Does nothing here: a plain index has no structure to check.
+    void CheckIntegrity() override;
+
+    // ---- Structural operations: 13 here -------------------------------------------------------
+    // Files are named by the structure: table name, "-", index name (blanks as "_"), a type word
+    // and ".idx". Create and Open take the Uuid of the table's store.
+
+    virtual void Create(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid);
+    // A temporary index, in files that no walk of a directory finds.
+    virtual void Create();
+    virtual StatusCode Open(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid);
+    virtual StatusCode SaveAs(const std::string& directory, const std::string& tableName);
+    virtual StatusCode Clear();
+    virtual StatusCode Add(const Key& key, std::uint32_t recordId);
+    virtual StatusCode Remove(const Key& key);
+    virtual StatusCode Find(const Key& key, std::uint32_t& recordId);
+    virtual StatusCode GetFirst(Key& key, std::uint32_t& recordId);
+    virtual StatusCode GetLast(Key& key, std::uint32_t& recordId);
+    virtual StatusCode GetNext(Key& key, std::uint32_t& recordId);
+    virtual StatusCode GetPrevious(Key& key, std::uint32_t& recordId);
+    virtual StatusCode GetFirstEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    virtual StatusCode GetLastEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    virtual StatusCode GetNextEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    virtual StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
+                                        std::uint32_t length);
+    virtual StatusCode SetUuid(const Tavrin::Uuid& uuid);
+    // Writes the index's files through to the disk: 0 here and for a temporary index, 16 when
+    // the files are not open, else the status of the failed write.
+    virtual StatusCode Sync();
+    // Closes the index without a save and removes the files that it holds open; files that it does
+    // not hold (another opener's) stay. Nothing here.
+    virtual void Discard() noexcept;
+
+protected:
+    const FieldList& GetTableFieldList() const noexcept { return *tableFieldList_; }
+    // How many leading key fields are compared and hashed.
+    std::uint32_t GetComparedFieldCount() const noexcept { return comparedFields_; }
+    // The number in the table's list of key field `keyFieldNumber`.
+    std::uint32_t GetTableFieldNumber(std::uint32_t keyFieldNumber) const noexcept {
+        return fieldNumbers_[keyFieldNumber];
+    }
+
+private:
+    // Appends one key field: a copy of the table's field `id` at `offset` with `properties`; returns
+    // its maximum length. Throws code 12 if the table lacks it.
+    std::uint32_t AppendKeyField(std::vector<FieldSpecification>& keyFields, std::uint16_t id,
+                                 std::uint32_t offset, std::uint32_t properties);
+    // True when `key` is laid out by this index, so that its buffer holds GetKeySize() bytes.
+    bool IsOwnKey(const Key& key) const noexcept;
+
+    std::uint16_t number_;
+    std::string name_;
+    IndexSpecification::Type type_;
+    std::uint32_t properties_;
+    std::unique_ptr<FieldList> keyFieldList_;
+    const FieldList* tableFieldList_;
+    std::vector<std::uint32_t> fieldNumbers_;
+    std::uint32_t comparedFields_;
+    // The key list's data length, plus 4 for the duplicate tail.
+    std::uint32_t keySize_ = 0;
+    // How keys are built from record images; planned once the key list exists.
+    std::optional<KeyCopy> keyCopy_;
+};
+
+}  // namespace Tavrin::Database

@@ -1,0 +1,43 @@
+#pragma once
+// IFieldListFactory: makes field lists of one layout kind. Table factories hand their field list
+// factory down to the table and its indexes, so that key lists share the table's layout kind.
+// Factories hold no state and may be used from any thread.
+
+#include <cstdint>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "tavrin/base/DatabaseException.h"
+#include "tavrin/records/FieldList.h"
+#include "tavrin/records/FieldSpecification.h"
+
+namespace Tavrin::Database {
+
+class IFieldListFactory {
+public:
+    virtual ~IFieldListFactory() = default;
+
+    // The caller owns the result. Construction failures of the list pass through as
+    // DatabaseException; an allocation failure is DatabaseException code 3 (AllocateFieldList).
+    virtual FieldList* Create(const std::vector<FieldSpecification>& specifications,
+                              std::uint32_t dataLength) const = 0;
+    virtual FieldList* Create(const std::vector<FieldSpecification>& specifications) const = 0;
+
+protected:
+    // Allocates a List without throwing std::bad_alloc: any allocation failure, also one inside the
+    // list's constructor, becomes DatabaseException code 3 at `site`.
+    template <class List, class... Arguments>
+    static FieldList* NewFieldList(ThrowSite site, Arguments&&... arguments) {
+        FieldList* list = nullptr;
+        try {
+            list = new (std::nothrow) List(std::forward<Arguments>(arguments)...);
+        } catch (const std::bad_alloc&) {
+            list = nullptr;
+        }
+        if (list == nullptr) ThrowDatabase(site, DatabaseException::AllocateFieldList);
+        return list;
+    }
+};
+
+}  // namespace Tavrin::Database

@@ -1,0 +1,54 @@
+#pragma once
+// The header that every store file begins its data area with (data area offset 0 is file offset 17,
+// behind the file header of FileMappedMemoryManager). 37 bytes, little-endian, unaligned, no padding:
+//
+//   offset  width  field           meaning
+//   0       1      format          always 2
+//   1       4      storeType       0 memory store, 1 disk store
+//   5       4      valid           1 when the last save wrote the user data; 0 makes the file unreadable
+//   9       4      headerSize      length of the whole header with the store's extension
+//   13      4      userDataSize    bytes of the user data area, which stands at offset headerSize
+//   17      4      recordSize      bytes of one record
+//   21      4      initialEntries  entries made at creation
+//   25      4      growEntries     entries added by one growth step; 0: the store never grows
+//   29      4      currentEntries  entries in use
+//   33      4      maxEntries      entries that exist, in use or free
+//
+// Each kind of store follows it at once with an extension of its own.
+
+#include <cstdint>
+
+#include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/MessageValidator.h"
+#include "tavrin/base/Status.h"
+
+namespace Tavrin::Database {
+
+struct DataStoreHeader {
+    static constexpr std::uint8_t Format = 2;
+    static constexpr std::uint32_t MemoryStoreType = 0;
+    static constexpr std::uint32_t DiskStoreType = 1;
+
+    // Data area offsets of the fields that a store keeps up to date in the mapping between saves.
+    static constexpr std::uint32_t CurrentEntriesOffset = 29;
+    static constexpr std::uint32_t MaxEntriesOffset = 33;
+    static constexpr std::uint32_t Size = 37;
+
+    std::uint32_t storeType = 0;
+    bool valid = false;
+    std::uint32_t headerSize = 0;
+    std::uint32_t userDataSize = 0;
+    std::uint32_t recordSize = 0;
+    std::uint32_t initialEntries = 0;
+    std::uint32_t growEntries = 0;
+    std::uint32_t currentEntries = 0;
+    std::uint32_t maxEntries = 0;
+
+    // Appends the 37 bytes; the builder's status when they do not fit.
+    StatusCode Serialize(MessageBuilder& builder) const;
+    // Reads the 37 bytes and checks them against the validator's length: status 23 when a field is
+    // missing, the format is not 2, `valid` is 0, or the user data area runs past the end.
+    StatusCode Deserialize(MessageValidator& validator);
+};
+
+}  // namespace Tavrin::Database

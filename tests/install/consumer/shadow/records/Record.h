@@ -1,0 +1,7 @@
+#pragma once
+// The consumer's own Record.
+namespace consumer {
+struct Record {
+    int fields = 0;
+};
+}

@@ -1,0 +1,7 @@
+#pragma once
+// The consumer's own Table.
+namespace consumer {
+struct Table {
+    int rows = 0;
+};
+}
