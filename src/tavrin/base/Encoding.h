@@ -31,14 +31,14 @@ constexpr T ToLittleEndian(T value) noexcept {
 }
 }  // namespace Detail
 
-// Writes `value` as sizeof(T) little-endian bytes at `destination`.
+/// Writes `value` as sizeof(T) little-endian bytes at `destination`.
 template <std::integral T>
 inline void EncodeLE(void* destination, T value) noexcept {
     const T le = Detail::ToLittleEndian(value);
     std::memcpy(destination, &le, sizeof(T));
 }
 
-// Reads sizeof(T) little-endian bytes at `source`.
+/// Reads sizeof(T) little-endian bytes at `source`.
 template <std::integral T>
 inline T DecodeLE(const void* source) noexcept {
     T le;
@@ -57,8 +57,8 @@ inline std::uint64_t DecodeU64(const void* s) noexcept { return DecodeLE<std::ui
 inline std::int32_t DecodeI32(const void* s) noexcept { return DecodeLE<std::int32_t>(s); }
 inline std::int64_t DecodeI64(const void* s) noexcept { return DecodeLE<std::int64_t>(s); }
 
-// Variable-width forms for integer fields of 1, 2, 4 or 8 bytes (record images keep integers in
-// exactly the width of their field). Any other width reads as 0 and writes nothing.
+/// Variable-width forms for integer fields of 1, 2, 4 or 8 bytes (record images keep integers in
+/// exactly the width of their field). Any other width reads as 0 and writes nothing.
 inline std::uint64_t DecodeUnsigned(const void* source, std::uint32_t width) noexcept {
     switch (width) {
         case 1: return *static_cast<const std::uint8_t*>(source);

@@ -25,14 +25,14 @@ public:
     ~Exception() override;
 
     virtual std::string ToString() const;
-    // ToString() with the throw site: "<text> at <function> (<file>:<line>)". The base class and
-    // StatusCodeException name their site in ToString() already.
+    /// ToString() with the throw site: "<text> at <function> (<file>:<line>)". The base class and
+    /// StatusCodeException name their site in ToString() already.
     virtual std::string ToSiteString() const;
-    // Writes ToString() and then, one per line, every chained exception.
+    /// Writes ToString() and then, one per line, every chained exception.
     virtual std::ostream& ToStream(std::ostream& stream) const;
 
-    // Appends `exception` to the chain and takes ownership. A null pointer is accepted and ignored:
-    // callers allocate the exception without throwing and pass on whatever they got.
+    /// Appends `exception` to the chain and takes ownership. A null pointer is accepted and ignored:
+    /// callers allocate the exception without throwing and pass on whatever they got.
     void AddException(Exception* exception) const;
 
     std::uint32_t GetCode() const noexcept { return code_; }
@@ -41,12 +41,12 @@ public:
     std::uint32_t GetLine() const noexcept { return line_; }
     const Chain& GetChain() const;
 
-    // ToSiteString() of this exception and then, one per line, of every chained one: what a user
-    // who catches std::exception needs to find the failure.
+    /// ToSiteString() of this exception and then, one per line, of every chained one: what a user
+    /// who catches std::exception needs to find the failure.
     const char* what() const noexcept override;
 
 protected:
-    // " at <function> (<file>:<line>)".
+    /// " at <function> (<file>:<line>)".
     std::string SiteSuffix() const;
 
 private:
@@ -60,8 +60,8 @@ private:
 
 std::ostream& operator<<(std::ostream& stream, const Exception& exception);
 
-// Carries a status code through a layer that has no status result; whoever catches it returns
-// GetCode() as the status.
+/// Carries a status code through a layer that has no status result; whoever catches it returns
+/// GetCode() as the status.
 class StatusCodeException : public Exception {
 public:
     using Exception::Exception;

@@ -25,9 +25,11 @@ namespace Tavrin {
 
 class File {
 public:
-    // Access bits of `mode` in Create and Open; `sharing` has no counterpart here and is ignored.
+    ///@{
+    /// Access bits of `mode` in Create and Open; `sharing` has no counterpart here and is ignored.
     static constexpr std::uint32_t ReadAccess = 1;
     static constexpr std::uint32_t WriteAccess = 2;
+    ///@}
 
     enum SeekMethod { FromStart = 0, FromCurrent = 1, FromEnd = 2 };
 
@@ -38,70 +40,76 @@ public:
 
     bool IsOpen() const noexcept { return descriptor_ >= 0; }
 
-    // Creates the file, or truncates an existing one, and opens it with the access of `mode`.
+    /// Creates the file, or truncates an existing one, and opens it with the access of `mode`.
     StatusCode Create(const std::string& path, std::uint32_t mode, std::uint32_t sharing);
-    // Opens an existing file with the access of `mode`.
+    /// Opens an existing file with the access of `mode`.
     StatusCode Open(const std::string& path, std::uint32_t mode, std::uint32_t sharing);
-    // Creates a file that must not exist yet (47 when it does), with `permissions` less the umask.
+    /// Creates a file that must not exist yet (47 when it does), with `permissions` less the umask.
     StatusCode CreateNew(const std::string& path, std::uint32_t mode, unsigned permissions);
-    // Opens an existing file with the access of `mode` and takes its lock: 17 when another opener
-    // holds it. Makes sure that the locked file is still the one under `path` (a replacement may
-    // have renamed a new file over it between the open and the lock).
+    /// Opens an existing file with the access of `mode` and takes its lock: 17 when another opener
+    /// holds it. Makes sure that the locked file is still the one under `path` (a replacement may
+    /// have renamed a new file over it between the open and the lock).
     StatusCode OpenExclusive(const std::string& path, std::uint32_t mode);
-    // Creates the part file of `target` exclusively, with `permissions` less the umask, opens it with
-    // the access of `mode` and locks it. Until CommitReplacement, Close (and the destructor) removes
-    // the part file again.
+    /// Creates the part file of `target` exclusively, with `permissions` less the umask, opens it with
+    /// the access of `mode` and locks it. Until CommitReplacement, Close (and the destructor) removes
+    /// the part file again.
     StatusCode CreateReplacement(const std::string& target, std::uint32_t mode, unsigned permissions = 0666);
-    // Puts the part file in place of its target: syncs it, takes the lock of an existing target
-    // (17 when another opener holds it: the target stays as it was and so does the part file),
-    // renames the part file over the target (without `overwrite` an existing target is 47), syncs
-    // the directory, and removes the part files of the target that earlier creations left and
-    // that nobody holds. The file stays open and locked, now under the target's name.
+    /// Puts the part file in place of its target: syncs it, takes the lock of an existing target
+    /// (17 when another opener holds it: the target stays as it was and so does the part file),
+    /// renames the part file over the target (without `overwrite` an existing target is 47), syncs
+    /// the directory, and removes the part files of the target that earlier creations left and
+    /// that nobody holds. The file stays open and locked, now under the target's name.
     StatusCode CommitReplacement(bool overwrite);
-    // Unlinks a file that this object holds (opened or replaced), then closes it: nobody can open
-    // the file by its name from the moment the lock is given up. A part file is just removed.
+    /// Unlinks a file that this object holds (opened or replaced), then closes it: nobody can open
+    /// the file by its name from the moment the lock is given up. A part file is just removed.
     StatusCode CloseAndRemove();
-    // Closes the file; a part file not yet committed is removed.
+    /// Closes the file; a part file not yet committed is removed.
     StatusCode Close();
-    // The exclusive lock of this open file, taken without waiting: 17 when another open file holds it.
+    /// The exclusive lock of this open file, taken without waiting: 17 when another open file holds it.
     StatusCode Lock();
-    // Writes the file's data and size through to the storage device.
+    /// Writes the file's data and size through to the storage device.
     StatusCode Sync();
-    // The descriptor, for the base layer's platform classes (mapped memory); -1 when closed.
+    /// The descriptor, for the base layer's platform classes (mapped memory); -1 when closed.
     int GetDescriptor() const noexcept { return descriptor_; }
-    // The name under which this object opened or created the file: the part file's name until a
-    // replacement is committed, the target's after.
+    /// The name under which this object opened or created the file: the part file's name until a
+    /// replacement is committed, the target's after.
     const std::string& GetPath() const noexcept { return path_; }
 
-    // Reads exactly `size` bytes at the position; fewer (the end of the file) is status 22.
+    /// Reads exactly `size` bytes at the position; fewer (the end of the file) is status 22.
     StatusCode Read(void* buffer, std::uint32_t size);
-    // Reads up to `size` bytes and gives the number read in `count`; 0 at the end of the file.
+    /// Reads up to `size` bytes and gives the number read in `count`; 0 at the end of the file.
     StatusCode Read(void* buffer, std::uint32_t size, std::uint32_t& count);
-    // Writes all `size` bytes at the position.
+    ///@{
+    /// Writes all `size` bytes at the position.
     StatusCode Write(const void* data, std::uint32_t size);
     StatusCode SetPosition(std::int64_t position, SeekMethod method);
     StatusCode SetSize(std::int64_t size);
+    ///@}
 
-    // Whether anything exists under `path`.
+    ///@{
+    /// Whether anything exists under `path`.
     static bool IsFound(const std::string& path);
     static StatusCode GetSize(const std::string& path, std::int64_t& size);
     static StatusCode Remove(const std::string& path);
-    // Without `overwrite` an existing `to` is status 47 and stays as it was.
+    ///@}
+    /// Without `overwrite` an existing `to` is status 47 and stays as it was.
     static StatusCode Rename(const std::string& from, const std::string& to, bool overwrite);
-    // Copies into a new file beside `to` and renames it over `to` only when the copy is complete,
-    // so a failed copy leaves an existing `to` untouched. Without `overwrite` an existing `to` is 47.
-    // The copy is a replacement (see above), so a held `to` is 17 and stays as it was.
+    /// Copies into a new file beside `to` and renames it over `to` only when the copy is complete,
+    /// so a failed copy leaves an existing `to` untouched. Without `overwrite` an existing `to` is 47.
+    /// The copy is a replacement (see above), so a held `to` is 17 and stays as it was.
     static StatusCode Copy(const std::string& from, const std::string& to, bool overwrite);
-    // Whether `name` (a file name without directory) is a part file that a replacement of a file
-    // named `target` (also without directory) makes.
+    /// Whether `name` (a file name without directory) is a part file that a replacement of a file
+    /// named `target` (also without directory) makes.
     static bool IsPartFileOf(const std::string& name, const std::string& target);
-    // Whether both paths name the same existing file (the same device and inode).
+    /// Whether both paths name the same existing file (the same device and inode).
     static bool IsSameFile(const std::string& first, const std::string& second);
-    // `directory` and `name` joined by one "/"; `name` alone when `directory` is empty.
+    /// `directory` and `name` joined by one "/"; `name` alone when `directory` is empty.
     static std::string MakePath(const std::string& directory, const std::string& name);
-    // "/tmp": the directory of temporary files.
+    ///@{
+    /// "/tmp": the directory of temporary files.
     static std::string GetTemporaryPath();
     static const std::string& GetEndOfLine();
+    ///@}
 
 private:
     StatusCode OpenWithFlags(const std::string& path, std::uint32_t mode, int extraFlags, unsigned permissions);

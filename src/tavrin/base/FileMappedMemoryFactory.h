@@ -28,17 +28,19 @@ public:
     static constexpr std::uint32_t ModeTemporary = 8;
     static constexpr std::uint32_t ModeCreateTemporary = ModeCreate | ModeTemporary;
 
-    // Maps `path` as `mode` says and hands the caller the new object. `flag` and `last` are not used
-    // (callers pass false and 0). Throws StatusCodeException with the status of the failure; nothing
-    // is left open then, and a file made by this call is removed again.
+    /// Maps `path` as `mode` says and hands the caller the new object. `flag` and `last` are not used
+    /// (callers pass false and 0). Throws StatusCodeException with the status of the failure; nothing
+    /// is left open then, and a file made by this call is removed again.
     IFileMappedMemory* Create(const std::string& path, std::uint32_t size, bool flag, std::uint32_t mode,
                               std::uint32_t last);
 
-    // For tests of what a failed write-back does: every IFileMappedMemory::Flush first calls `hook`
-    // with the range it is about to write, and fails as a refused msync when it answers false.
-    // Null (the default) removes the hook.
+    ///@{
+    /// For tests of what a failed write-back does: every IFileMappedMemory::Flush first calls `hook`
+    /// with the range it is about to write, and fails as a refused msync when it answers false.
+    /// Null (the default) removes the hook.
     using FlushHook = bool (*)(const void* address, std::uint32_t size);
     static void SetFlushHook(FlushHook hook) noexcept;
+    ///@}
 
 private:
     friend class Singleton<FileMappedMemoryFactory>;

@@ -27,23 +27,23 @@ public:
     IFileMappedMemory& operator=(const IFileMappedMemory&) = delete;
     virtual ~IFileMappedMemory() = default;
 
-    // Base address of the mapping; null while the size is 0.
+    /// Base address of the mapping; null while the size is 0.
     virtual void* GetAddress() = 0;
-    // The mapped size: what was asked for, or the file's length when an existing file was opened.
+    /// The mapped size: what was asked for, or the file's length when an existing file was opened.
     virtual std::uint32_t GetSize() = 0;
-    // Extends the file and the mapping to `size` bytes, keeping the contents, and gives the new base
-    // address, which may differ from the old one: every pointer into the old mapping is then invalid.
-    // The new bytes are 0. A size below the current one is refused. Throws StatusCodeException on
-    // failure (40 when the disk or the file size limit has no room), and the file and the mapping
-    // are then as they were.
+    /// Extends the file and the mapping to `size` bytes, keeping the contents, and gives the new base
+    /// address, which may differ from the old one: every pointer into the old mapping is then invalid.
+    /// The new bytes are 0. A size below the current one is refused. Throws StatusCodeException on
+    /// failure (40 when the disk or the file size limit has no room), and the file and the mapping
+    /// are then as they were.
     virtual void* Resize(std::uint32_t size) = 0;
-    // Writes the first `size` bytes (at most the mapped size) through to the file and waits for it.
-    // Throws StatusCodeException when the system reports that it could not.
+    /// Writes the first `size` bytes (at most the mapped size) through to the file and waits for it.
+    /// Throws StatusCodeException when the system reports that it could not.
     virtual void Flush(std::uint32_t size) = 0;
-    // Puts a new named file (factory mode 1) in place under its name: flushes it whole, then renames
-    // it over the name (File::CommitReplacement). Throws StatusCodeException: 17 when another opener
-    // holds a file under that name, which stays as it was, and so does this object. Nothing to do
-    // for an opened, a temporary or an already committed file.
+    /// Puts a new named file (factory mode 1) in place under its name: flushes it whole, then renames
+    /// it over the name (File::CommitReplacement). Throws StatusCodeException: 17 when another opener
+    /// holds a file under that name, which stays as it was, and so does this object. Nothing to do
+    /// for an opened, a temporary or an already committed file.
     virtual void Commit() = 0;
 };
 

@@ -11,11 +11,13 @@ public:
     IMutex& operator=(const IMutex&) = delete;
     virtual ~IMutex() = default;
 
-    // Takes the lock if it is free and tells whether it did; never waits.
+    /// Takes the lock if it is free and tells whether it did; never waits.
     virtual bool TryLock() = 0;
-    // Waits for the lock. A non-recursive mutex must not be taken twice by one thread.
+    ///@{
+    /// Waits for the lock. A non-recursive mutex must not be taken twice by one thread.
     virtual void Lock() = 0;
     virtual void Unlock() = 0;
+    ///@}
 };
 
 }  // namespace Tavrin

@@ -20,21 +20,23 @@ namespace Tavrin {
 
 class MessageBuilder : public MessageHandler {
 public:
-    // An empty, growable builder with no buffer.
+    /// An empty, growable builder with no buffer.
     MessageBuilder() = default;
-    // A builder on `buffer` of `capacity` bytes; with `growable` it moves to an allocated buffer
-    // once `buffer` is full (a small stack buffer then serves most messages without allocation).
+    ///@{
+    /// A builder on `buffer` of `capacity` bytes; with `growable` it moves to an allocated buffer
+    /// once `buffer` is full (a small stack buffer then serves most messages without allocation).
     MessageBuilder(void* buffer, std::uint32_t capacity, bool growable = false) noexcept;
     ~MessageBuilder() override = default;
+    ///@}
 
-    // Sets the version and the length to 0; keeps the buffer.
+    /// Sets the version and the length to 0; keeps the buffer.
     void Reset(std::uint8_t version) override;
 
-    // With 0: gives back an allocated buffer and returns to the initial one, length 0. Otherwise
-    // makes room for `size` bytes in all (status 41 if growth fails, 23 on a fixed buffer).
+    /// With 0: gives back an allocated buffer and returns to the initial one, length 0. Otherwise
+    /// makes room for `size` bytes in all (status 41 if growth fails, 23 on a fixed buffer).
     StatusCode AdjustBufferSize(std::uint32_t size);
-    // Points the builder at a new fixed buffer: AdjustBufferSize(0), then the buffer becomes the
-    // initial and current one, growable false, and Reset(0xFF).
+    /// Points the builder at a new fixed buffer: AdjustBufferSize(0), then the buffer becomes the
+    /// initial and current one, growable false, and Reset(0xFF).
     void SetFixedBuffer(void* buffer, std::uint32_t capacity);
 
     StatusCode AppendUInt8(std::uint8_t value) { return AppendBuiltIn(value); }
@@ -43,11 +45,13 @@ public:
     StatusCode AppendInt32(std::int32_t value) { return AppendBuiltIn(value); }
     StatusCode AppendUInt64(std::uint64_t value) { return AppendBuiltIn(value); }
     StatusCode AppendInt64(std::int64_t value) { return AppendBuiltIn(value); }
-    // A 16-bit id travels in a 32-bit field.
+    ///@{
+    /// A 16-bit id travels in a 32-bit field.
     StatusCode AppendId16(std::uint16_t id) { return AppendBuiltIn(static_cast<std::uint32_t>(id)); }
     StatusCode AppendBool32(bool value) { return AppendBuiltIn(static_cast<std::uint32_t>(value ? 1 : 0)); }
     StatusCode AppendBytes(const void* data, std::uint32_t length) { return AppendBuffer(data, length, false); }
-    // 2-byte length and the characters; status 23 if the string is longer than 65535 bytes.
+    ///@}
+    /// 2-byte length and the characters; status 23 if the string is longer than 65535 bytes.
     StatusCode AppendString(std::string_view text);
 
     const unsigned char* GetBuffer() const noexcept { return buffer_; }
@@ -68,7 +72,7 @@ private:
         return Status::Success;
     }
     StatusCode AppendBuffer(const void* data, std::uint32_t length, bool flag);
-    // Makes room for `extra` more bytes.
+    /// Makes room for `extra` more bytes.
     StatusCode Grow(std::uint32_t extra);
 
     bool growable_ = true;

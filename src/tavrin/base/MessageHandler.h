@@ -4,8 +4,8 @@
 
 namespace Tavrin {
 
-// Common base of MessageBuilder and MessageValidator: both carry the version of the serialised
-// object being handled (0xFF when nothing has set it).
+/// Common base of MessageBuilder and MessageValidator: both carry the version of the serialised
+/// object being handled (0xFF when nothing has set it).
 class MessageHandler {
 public:
     static constexpr std::uint8_t NoVersion = 0xFF;

@@ -21,7 +21,7 @@ public:
         : data_(static_cast<const unsigned char*>(data)), length_(length) {}
     ~MessageValidator() override = default;
 
-    // Sets the version and takes the offset back to 0.
+    /// Sets the version and takes the offset back to 0.
     void Reset(std::uint8_t version) override {
         version_ = version;
         offset_ = 0;
@@ -34,8 +34,9 @@ public:
     StatusCode ReadUInt64(std::uint64_t& value) noexcept { return ReadBuiltIn(value); }
     StatusCode ReadInt64(std::int64_t& value) noexcept { return ReadBuiltIn(value); }
 
-    // Reads 4 bytes into a narrower unsigned type: 23 if too few bytes are left, 36 if the value
-    // exceeds the type's maximum (the offset stays in both cases).
+    ///@{
+    /// Reads 4 bytes into a narrower unsigned type: 23 if too few bytes are left, 36 if the value
+    /// exceeds the type's maximum (the offset stays in both cases).
     template <class T>
     StatusCode ReadRangeChecked(T& value) noexcept {
         static_assert(std::numeric_limits<T>::is_integer && !std::numeric_limits<T>::is_signed);
@@ -47,8 +48,9 @@ public:
         return Status::Success;
     }
     StatusCode ReadId16(std::uint16_t& id) noexcept { return ReadRangeChecked(id); }
+    ///@}
 
-    // A boolean stored in 32 bits; anything but 0 is true.
+    /// A boolean stored in 32 bits; anything but 0 is true.
     StatusCode ReadBool32(bool& value) noexcept {
         std::uint32_t raw = 0;
         const StatusCode status = ReadBuiltIn(raw);
@@ -56,12 +58,12 @@ public:
         return status;
     }
 
-    // Reads a string (2-byte length, then the characters). With `string` it copies the characters;
-    // with `data` and `length` it points into the message instead. Status 23 if the message is short.
+    /// Reads a string (2-byte length, then the characters). With `string` it copies the characters;
+    /// with `data` and `length` it points into the message instead. Status 23 if the message is short.
     StatusCode ValidateString(std::string* string, const void** data, std::uint32_t* length);
-    // Copies `length` bytes to `destination` and moves on; status 23 if the message is short.
+    /// Copies `length` bytes to `destination` and moves on; status 23 if the message is short.
     StatusCode ValidateBytesCopy(std::uint32_t length, void* destination) noexcept;
-    // Points `data` at the next `length` bytes and moves on; status 23 if the message is short.
+    /// Points `data` at the next `length` bytes and moves on; status 23 if the message is short.
     StatusCode ValidateBytes(std::uint32_t length, const void*& data) noexcept;
 
     std::uint32_t GetOffset() const noexcept { return offset_; }

@@ -8,8 +8,8 @@ namespace Tavrin {
 
 class PrivateMutexFactory : public Singleton<PrivateMutexFactory> {
 public:
-    // A new mutex owned by the caller: recursive when `recursive` is true (callers of the table
-    // library pass false). Throws StatusCodeException 41 if it cannot be allocated.
+    /// A new mutex owned by the caller: recursive when `recursive` is true (callers of the table
+    /// library pass false). Throws StatusCodeException 41 if it cannot be allocated.
     IMutex* Create(bool recursive);
 
 private:

@@ -2,8 +2,8 @@
 
 namespace Tavrin {
 
-// Base of process-wide objects: non-copyable, reached through GetInstance(), which makes the one
-// object at its first call (thread-safe since C++11) and destroys it at the end of the process.
+/// Base of process-wide objects: non-copyable, reached through GetInstance(), which makes the one
+/// object at its first call (thread-safe since C++11) and destroys it at the end of the process.
 template <class T>
 class Singleton {
 public:

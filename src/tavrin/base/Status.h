@@ -33,7 +33,7 @@ inline constexpr StatusCode OutOfMemory = 41;
 inline constexpr StatusCode AlreadyCreated = 47;
 }  // namespace Status
 
-// The text of a status code; a constant, so it may be used from any thread.
+/// The text of a status code; a constant, so it may be used from any thread.
 const std::string& StatusCodeToString(StatusCode status);
 
 }  // namespace Tavrin

@@ -6,8 +6,8 @@
 
 namespace Tavrin {
 
-// ENOENT, ENOTDIR: 6; ENOMEM: 41; EEXIST: 47; ENOSPC, EFBIG, EDQUOT: 40 (no room to grow);
-// EINVAL, EBADF, ENAMETOOLONG, ELOOP: 23; anything else: 1.
+/// ENOENT, ENOTDIR: 6; ENOMEM: 41; EEXIST: 47; ENOSPC, EFBIG, EDQUOT: 40 (no room to grow);
+/// EINVAL, EBADF, ENAMETOOLONG, ELOOP: 23; anything else: 1.
 StatusCode StatusFromErrno(int error) noexcept;
 
 }  // namespace Tavrin

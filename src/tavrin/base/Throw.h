@@ -19,8 +19,8 @@ namespace Tavrin {
 
 class ThrowSite {
 public:
-    // Implicit on purpose: a string literal at a call site becomes a ThrowSite there, and the
-    // default argument captures that call site's file and line.
+    /// Implicit on purpose: a string literal at a call site becomes a ThrowSite there, and the
+    /// default argument captures that call site's file and line.
     ThrowSite(const char* function,
               std::source_location location = std::source_location::current()) noexcept
         : function_(function), file_(ShortFile(location.file_name())), line_(location.line()) {}
@@ -30,7 +30,7 @@ public:
     std::uint32_t GetLine() const noexcept { return line_; }
 
 private:
-    // The path below the source root ("records/FieldList.cpp"), not the build machine's path.
+    /// The path below the source root ("records/FieldList.cpp"), not the build machine's path.
     static const char* ShortFile(const char* path) noexcept {
         const std::string_view view(path);
         const auto position = view.rfind("src/");
@@ -42,10 +42,10 @@ private:
     std::uint32_t line_;
 };
 
-// Throws a StatusCodeException carrying `status`.
+/// Throws a StatusCodeException carrying `status`.
 [[noreturn]] void ThrowStatus(ThrowSite site, StatusCode status);
 
-// Builds an exception of type E at `site`, for callers that chain it before throwing.
+/// Builds an exception of type E at `site`, for callers that chain it before throwing.
 template <class E, class... Args>
 E MakeException(ThrowSite site, Args&&... args) {
     return E(site.GetFile(), site.GetFunction(), site.GetLine(), std::forward<Args>(args)...);

@@ -35,30 +35,32 @@ public:
     IIndex& operator=(const IIndex&) = delete;
     virtual ~IIndex() = default;
 
-    // Empties a key bound to this index; a duplicate tail becomes -1.
+    /// Empties a key bound to this index; a duplicate tail becomes -1.
     virtual void InitializeKey(Key& key) const = 0;
-    // Fills `key` from a key of another index of the same table, by field id. 14 if `source` is not
-    // initialized.
+    /// Fills `key` from a key of another index of the same table, by field id. 14 if `source` is not
+    /// initialized.
     virtual StatusCode BuildKey(Key& key, const Key& source) const = 0;
-    // Fills `key` from a record image of the table; a duplicate tail takes `recordId`.
+    /// Fills `key` from a record image of the table; a duplicate tail takes `recordId`.
     virtual StatusCode BuildKey(Key& key, const unsigned char* recordData, std::uint32_t recordId) const = 0;
-    // Sets the key's fields from values in key order. 23 (key untouched) for more values than fields.
+    /// Sets the key's fields from values in key order. 23 (key untouched) for more values than fields.
     virtual StatusCode BuildKey(Key& key, const KeyValueList& values) const = 0;
-    // Sets a record's key fields from values in key order. 23 for more values than key fields.
+    /// Sets a record's key fields from values in key order. 23 for more values than key fields.
     virtual StatusCode BuildRecord(Record& record, const KeyValueList& values) const = 0;
-    // -1, 0 or 1: the compared fields in their directions, then a duplicate tail as signed numbers.
+    /// -1, 0 or 1: the compared fields in their directions, then a duplicate tail as signed numbers.
     virtual int CompareKeys(const Key& left, const Key& right) const = 0;
 
     virtual std::uint16_t GetNumber() const = 0;
     virtual std::string GetName() const = 0;
     virtual std::uint32_t GetKeySize() const = 0;
-    // The key layout, owned by the index.
+    ///@{
+    /// The key layout, owned by the index.
     virtual const FieldList* GetFieldList() const = 0;
     virtual std::vector<FieldSpecification> GetFieldSpecificationList() const = 0;
     virtual std::vector<std::uint16_t> GetFieldIdList() const = 0;
-    // The index specification that the index was made from, rebuilt from its key layout.
+    ///@}
+    /// The index specification that the index was made from, rebuilt from its key layout.
     virtual IndexSpecification GetSpecification() const = 0;
-    // Keys the index holds; throws StatusCodeException 13 where the index stores nothing.
+    /// Keys the index holds; throws StatusCodeException 13 where the index stores nothing.
     virtual std::uint32_t GetCurrentRecords() = 0;
 
     virtual bool IsPrimaryUnique() const = 0;
@@ -66,7 +68,7 @@ public:
     virtual bool IsDuplicate() const = 0;
     virtual bool IsTree() const = 0;
 
-    // Checks the index's own structure; failures are thrown.
+    /// Checks the index's own structure; failures are thrown.
     virtual void CheckIntegrity() = 0;
 };
 

@@ -28,12 +28,14 @@ namespace Tavrin::Database {
 
 class Index : public IIndex {
 public:
-    // Builds the key layout from `specification` and the table's list. Throws DatabaseException
-    // code 12 for a field that the table lacks, code 4 if the factory gives no list, and whatever
-    // the factory throws.
+    ///@{
+    /// Builds the key layout from `specification` and the table's list. Throws DatabaseException
+    /// code 12 for a field that the table lacks, code 4 if the factory gives no list, and whatever
+    /// the factory throws.
     Index(const IndexSpecification& specification, const FieldList& tableFieldList,
           const IFieldListFactory& factory);
     ~Index() override;
+    ///@}
 
     void InitializeKey(Key& key) const override;
     StatusCode BuildKey(Key& key, const Key& source) const override;
@@ -56,7 +58,7 @@ public:
     bool IsDuplicate() const override { return (properties_ & IndexSpecification::DuplicateProperty) != 0; }
     bool IsTree() const override { return type_ == IndexSpecification::RedBlack; }
 
-    // Does nothing here: a plain index has no structure to check.
+    /// Does nothing here: a plain index has no structure to check.
     void CheckIntegrity() override;
 
     // ---- Structural operations: 13 here -------------------------------------------------------
@@ -64,7 +66,8 @@ public:
     // and ".idx". Create and Open take the Uuid of the table's store.
 
     virtual void Create(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid);
-    // A temporary index, in files that no walk of a directory finds.
+    ///@{
+    /// A temporary index, in files that no walk of a directory finds.
     virtual void Create();
     virtual StatusCode Open(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid);
     virtual StatusCode SaveAs(const std::string& directory, const std::string& tableName);
@@ -82,28 +85,29 @@ public:
     virtual StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                         std::uint32_t length);
     virtual StatusCode SetUuid(const Tavrin::Uuid& uuid);
-    // Writes the index's files through to the disk: 0 here and for a temporary index, 16 when
-    // the files are not open, else the status of the failed write.
+    ///@}
+    /// Writes the index's files through to the disk: 0 here and for a temporary index, 16 when
+    /// the files are not open, else the status of the failed write.
     virtual StatusCode Sync();
-    // Closes the index without a save and removes the files that it holds open; files that it does
-    // not hold (another opener's) stay. Nothing here.
+    /// Closes the index without a save and removes the files that it holds open; files that it does
+    /// not hold (another opener's) stay. Nothing here.
     virtual void Discard() noexcept;
 
 protected:
     const FieldList& GetTableFieldList() const noexcept { return *tableFieldList_; }
-    // How many leading key fields are compared and hashed.
+    /// How many leading key fields are compared and hashed.
     std::uint32_t GetComparedFieldCount() const noexcept { return comparedFields_; }
-    // The number in the table's list of key field `keyFieldNumber`.
+    /// The number in the table's list of key field `keyFieldNumber`.
     std::uint32_t GetTableFieldNumber(std::uint32_t keyFieldNumber) const noexcept {
         return fieldNumbers_[keyFieldNumber];
     }
 
 private:
-    // Appends one key field: a copy of the table's field `id` at `offset` with `properties`; returns
-    // its maximum length. Throws code 12 if the table lacks it.
+    /// Appends one key field: a copy of the table's field `id` at `offset` with `properties`; returns
+    /// its maximum length. Throws code 12 if the table lacks it.
     std::uint32_t AppendKeyField(std::vector<FieldSpecification>& keyFields, std::uint16_t id,
                                  std::uint32_t offset, std::uint32_t properties);
-    // True when `key` is laid out by this index, so that its buffer holds GetKeySize() bytes.
+    /// True when `key` is laid out by this index, so that its buffer holds GetKeySize() bytes.
     bool IsOwnKey(const Key& key) const noexcept;
 
     std::uint16_t number_;
@@ -114,9 +118,9 @@ private:
     const FieldList* tableFieldList_;
     std::vector<std::uint32_t> fieldNumbers_;
     std::uint32_t comparedFields_;
-    // The key list's data length, plus 4 for the duplicate tail.
+    /// The key list's data length, plus 4 for the duplicate tail.
     std::uint32_t keySize_ = 0;
-    // How keys are built from record images; planned once the key list exists.
+    /// How keys are built from record images; planned once the key list exists.
     std::optional<KeyCopy> keyCopy_;
 };
 

@@ -22,13 +22,13 @@ namespace Tavrin::Database {
 
 class KeyCopy {
 public:
-    // The plan for `keyList`, whose field i is field `tableNumbers[i]` of `tableList`.
+    /// The plan for `keyList`, whose field i is field `tableNumbers[i]` of `tableList`.
     KeyCopy(const FieldList& keyList, const FieldList& tableList, const std::vector<std::uint32_t>& tableNumbers);
 
-    // Copies the key fields of `record` into `key`: status 0, or the field list's status.
+    /// Copies the key fields of `record` into `key`: status 0, or the field list's status.
     StatusCode Build(unsigned char* key, const unsigned char* record) const;
 
-    // True when Build copies bytes directly.
+    /// True when Build copies bytes directly.
     bool IsDirect() const noexcept { return direct_; }
 
 private:

@@ -23,10 +23,10 @@ namespace Tavrin::Database {
 
 class KeyOrder {
 public:
-    // The order of the first `comparedFields` fields of `list`.
+    /// The order of the first `comparedFields` fields of `list`.
     KeyOrder(const FieldList& list, std::uint32_t comparedFields);
 
-    // Below 0, 0 or above 0 as image `a` orders before, with or after image `b`.
+    /// Below 0, 0 or above 0 as image `a` orders before, with or after image `b`.
     int Compare(const unsigned char* a, const unsigned char* b) const noexcept {
         if (!integersOnly_) return list_->CompareKey(a, b, comparedFields_);
         for (const IntegerField& field : fields_) {
@@ -36,7 +36,7 @@ public:
         return 0;
     }
 
-    // True when Compare takes the inline path.
+    /// True when Compare takes the inline path.
     bool IsInline() const noexcept { return integersOnly_; }
 
 private:

@@ -60,115 +60,126 @@ class RedBlackTreeIndex final : public Index, public UserDataStore {
 public:
     static constexpr std::uint32_t NoEntry = 0xFFFFFFFF;
 
-    // Builds the key layout (Index), then the store, which measures the user data area by
-    // serialising once, then the scratch node. Opens no file. Throws what Index and the store's
-    // constructor throw, and DatabaseException code 4 when the scratch node can't be allocated.
+    /// Builds the key layout (Index), then the store, which measures the user data area by
+    /// serialising once, then the scratch node. Opens no file. Throws what Index and the store's
+    /// constructor throw, and DatabaseException code 4 when the scratch node can't be allocated.
     RedBlackTreeIndex(const IndexSpecification& specification, const FieldList& tableFieldList,
                       const IFieldListFactory& factory, std::uint32_t initialEntries, std::uint32_t growEntries);
-    // Frees the scratch node, then closes the store, which saves root and sentinel into the file.
+    /// Frees the scratch node, then closes the store, which saves root and sentinel into the file.
     ~RedBlackTreeIndex() override;
 
-    // The nodes in the tree: the store's entries less the sentinel; 0 while no file is open.
+    /// The nodes in the tree: the store's entries less the sentinel; 0 while no file is open.
     std::uint32_t GetCurrentRecords() override;
 
-    // Create the tree file (named by GetFileName, carrying `uuid`) or a temporary one, with an
-    // empty tree. Throw the store's StatusCodeException (47 when a file is open already), or
-    // DatabaseException code 4 when the sentinel can't be stored.
+    ///@{
+    /// Create the tree file (named by GetFileName, carrying `uuid`) or a temporary one, with an
+    /// empty tree. Throw the store's StatusCodeException (47 when a file is open already), or
+    /// DatabaseException code 4 when the sentinel can't be stored.
     void Create(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid) override;
     void Create() override;
-    // Opens the tree file, which must carry `uuid`. Never throws: 6 for a missing file; 25 or 23 for
-    // a file made for other key sizes; 23 for a file not closed in order, another Uuid, another
-    // specification, truncated user data, or a root or sentinel that names no entry in use; 17
-    // when a file is open already. On failure the index has no file.
+    ///@}
+    /// Opens the tree file, which must carry `uuid`. Never throws: 6 for a missing file; 25 or 23 for
+    /// a file made for other key sizes; 23 for a file not closed in order, another Uuid, another
+    /// specification, truncated user data, or a root or sentinel that names no entry in use; 17
+    /// when a file is open already. On failure the index has no file.
     StatusCode Open(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid) override;
-    // Saves root and sentinel, then copies the file under the name of `directory` and `tableName`.
+    /// Saves root and sentinel, then copies the file under the name of `directory` and `tableName`.
     StatusCode SaveAs(const std::string& directory, const std::string& tableName) override;
-    // Empties the tree; the file keeps its size. 1 when the store can't be cleared or refilled.
+    /// Empties the tree; the file keeps its size. 1 when the store can't be cleared or refilled.
     StatusCode Clear() override;
 
     // Every operation below answers 16 while no file is open, 23 for a key whose buffer is shorter
     // than GetKeySize() (a key of another index), and 23 when it meets a damaged tree. The key is
     // read as its first GetKeySize() bytes; it need not be bound to a table.
 
-    // Inserts `key` with `recordId`; an equal key goes behind its equals. The store's status (40 when
-    // it is full and can't grow) with the tree unchanged.
+    /// Inserts `key` with `recordId`; an equal key goes behind its equals. The store's status (40 when
+    /// it is full and can't grow) with the tree unchanged.
     StatusCode Add(const Key& key, std::uint32_t recordId) override;
-    // Removes the node of `key` (found as Find finds it); 0 also when there is none.
+    /// Removes the node of `key` (found as Find finds it); 0 also when there is none.
     StatusCode Remove(const Key& key) override;
-    // Exact lookup: 6 when absent; else the record and the key's cursor are set, its bytes untouched.
+    /// Exact lookup: 6 when absent; else the record and the key's cursor are set, its bytes untouched.
     StatusCode Find(const Key& key, std::uint32_t& recordId) override;
-    // Smallest and greatest key, next greater and next smaller than the key's bytes: 6 when there is
-    // none; else the record is set and the node's key bytes are copied over the key's. The key need
-    // not be in the tree, so a walk may remove the entries that it has passed.
+    ///@{
+    /// Smallest and greatest key, next greater and next smaller than the key's bytes: 6 when there is
+    /// none; else the record is set and the node's key bytes are copied over the key's. The key need
+    /// not be in the tree, so a walk may remove the entries that it has passed.
     StatusCode GetFirst(Key& key, std::uint32_t& recordId) override;
     StatusCode GetLast(Key& key, std::uint32_t& recordId) override;
     StatusCode GetNext(Key& key, std::uint32_t& recordId) override;
     StatusCode GetPrevious(Key& key, std::uint32_t& recordId) override;
-    // Prefix walks: keys that match the key's bytes in all key fields before `fieldId` and in the
-    // first `length` bytes of that field (0: the field is left out; 0xFFFFFFFF: the whole field).
-    // 29 when `fieldId` is not a compared field of the key, 23 when `length` exceeds the field's
-    // length in the key, 6 when nothing matches (then the key is unchanged). First and last give the
-    // ends of the matching range; next and previous step from the key and also set its cursor.
+    ///@}
+    ///@{
+    /// Prefix walks: keys that match the key's bytes in all key fields before `fieldId` and in the
+    /// first `length` bytes of that field (0: the field is left out; 0xFFFFFFFF: the whole field).
+    /// 29 when `fieldId` is not a compared field of the key, 23 when `length` exceeds the field's
+    /// length in the key, 6 when nothing matches (then the key is unchanged). First and last give the
+    /// ends of the matching range; next and previous step from the key and also set its cursor.
     StatusCode GetFirstEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length) override;
     StatusCode GetLastEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length) override;
     StatusCode GetNextEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length) override;
     StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                 std::uint32_t length) override;
-    // Writes `uuid` into the file header: the store's status (16 when not open).
+    ///@}
+    ///@{
+    /// Writes `uuid` into the file header: the store's status (16 when not open).
     StatusCode SetUuid(const Tavrin::Uuid& uuid) override;
     StatusCode Sync() override;
     void Discard() noexcept override;
+    ///@}
 
-    // User data of the tree file, little-endian: the IndexSpecification in its serialised form, then
-    // root and sentinel as signed 32-bit numbers. Serialize stops at the first failing append.
+    /// User data of the tree file, little-endian: the IndexSpecification in its serialised form, then
+    /// root and sentinel as signed 32-bit numbers. Serialize stops at the first failing append.
     StatusCode SerializeUserData(MessageBuilder& builder) override;
-    // 23 for another specification, a short area, a root or sentinel that names no entry in use, a
-    // sentinel that is not one, a root that does not hang under it, or an empty tree in a store that
-    // holds more; a status of IndexSpecification::Deserialize. Root and sentinel are taken only on
-    // success.
+    /// 23 for another specification, a short area, a root or sentinel that names no entry in use, a
+    /// sentinel that is not one, a root that does not hang under it, or an empty tree in a store that
+    /// holds more; a status of IndexSpecification::Deserialize. Root and sentinel are taken only on
+    /// success.
     StatusCode DeserializeUserData(MessageValidator& validator) override;
 
-    // directory ["/"] stem ".rb.idx", the stem being "tableName-indexName" with blanks as "_"; the
-    // "/" is left out after an empty directory or one that ends in "/" or "\".
+    /// directory ["/"] stem ".rb.idx", the stem being "tableName-indexName" with blanks as "_"; the
+    /// "/" is left out after an empty directory or one that ends in "/" or "\".
     static std::string GetFileName(const std::string& directory, const std::string& tableName,
                                    const std::string& indexName);
 
-    // Tests the invariants above by a walk of the whole tree: 0 when they all hold, 23 at the first
-    // that fails, 16 when not open. For tests and diagnosis; it allocates nothing.
+    /// Tests the invariants above by a walk of the whole tree: 0 when they all hold, 23 at the first
+    /// that fails, 16 when not open. For tests and diagnosis; it allocates nothing.
     StatusCode CheckTree();
 
-    // Entry numbers of the root and the sentinel; NoEntry before the first Create or Open.
+    ///@{
+    /// Entry numbers of the root and the sentinel; NoEntry before the first Create or Open.
     std::uint32_t GetRoot() const noexcept { return root_; }
     std::uint32_t GetSentinel() const noexcept { return sentinel_; }
-    // The store of nodes, for its file name and sizes.
+    ///@}
+    /// The store of nodes, for its file name and sizes.
     const MemoryDataStore& GetStore() const noexcept { return store_; }
 
 private:
     using Node = RedBlackTreeNode;
     using Side = RedBlackTreeNode::Side;
 
-    // No walk of a valid tree is longer: a tree of fewer than 2^31 nodes is at most 62 deep.
+    /// No walk of a valid tree is longer: a tree of fewer than 2^31 nodes is at most 62 deep.
     static constexpr std::uint32_t MaxWalk = 64;
 
-    // Where a descent ended: the node that compared 0 (the sentinel if none, or if the descent does
-    // not stop there), the last node visited before the sentinel, and the last comparison's result.
+    /// Where a descent ended: the node that compared 0 (the sentinel if none, or if the descent does
+    /// not stop there), the last node visited before the sentinel, and the last comparison's result.
     struct Descent {
         std::uint32_t found;
         std::uint32_t last;
         int result;
     };
 
-    // The fixed arguments of the four prefix walks.
+    /// The fixed arguments of the four prefix walks.
     struct Prefix {
         std::uint32_t fieldNumber;
         std::uint32_t length;
     };
 
-    // ---- Nodes (RedBlackTreeIndex.cpp) --------------------------------------------------------
-    // 16 when no file is open, 23 when `key` can't hold a key image of this index.
+    /// ---- Nodes (RedBlackTreeIndex.cpp) --------------------------------------------------------
+    /// 16 when no file is open, 23 when `key` can't hold a key image of this index.
     StatusCode CheckUsable(const Key& key) const noexcept;
-    // The node of entry `id`. A link that names no entry in use (a damaged file) gives the
-    // sentinel's node, so no walk leaves the mapping.
+    ///@{
+    /// The node of entry `id`. A link that names no entry in use (a damaged file) gives the
+    /// sentinel's node, so no walk leaves the mapping.
     Node NodeAt(std::uint32_t id) const noexcept {
         unsigned char* bytes = store_.FindUsedEntry(id);
         return Node(bytes != nullptr ? bytes : store_.FindUsedEntry(sentinel_));
@@ -176,16 +187,18 @@ private:
     std::uint32_t ChildOf(std::uint32_t id, Side side) { return NodeAt(id).GetChild(side); }
     std::uint32_t ParentOf(std::uint32_t id) { return NodeAt(id).GetParent(); }
     bool IsRed(std::uint32_t id) { return NodeAt(id).IsRed(); }
-    // The side of its parent on which `id` hangs.
+    ///@}
+    /// The side of its parent on which `id` hangs.
     Side SideOf(std::uint32_t id);
-    // Fills the scratch node and stores it as the sentinel; throws code 4 when the store refuses.
+    /// Fills the scratch node and stores it as the sentinel; throws code 4 when the store refuses.
     void Initialize();
-    // The key kept with the insertion point: the part of the scratch buffer behind the node image.
+    /// The key kept with the insertion point: the part of the scratch buffer behind the node image.
     unsigned char* InsertionKey() const noexcept { return scratch_.get() + GetKeySize() + Node::HeaderSize; }
 
-    // ---- Comparison and walks (RedBlackTreeWalk.cpp) ------------------------------------------
-    // CompareKey over the compared fields, then the duplicate tails as signed numbers. Inline: it
-    // runs at every level of every descent.
+    ///@{
+    /// ---- Comparison and walks (RedBlackTreeWalk.cpp) ------------------------------------------
+    /// CompareKey over the compared fields, then the duplicate tails as signed numbers. Inline: it
+    /// runs at every level of every descent.
     int CompareFull(const unsigned char* key, const unsigned char* nodeKey) const noexcept {
         const int result = order_.Compare(key, nodeKey);
         if (result != 0 || duplicateTail_ == 0) return result;
@@ -195,79 +208,88 @@ private:
         return left < right ? -1 : (left > right ? 1 : 0);
     }
     int ComparePrefix(const unsigned char* key, const unsigned char* nodeKey, const Prefix& prefix) const noexcept;
-    // Descends from the root by `compare(nodeKey)`: below 0 left, else right, stopping at 0 when
-    // `stopAtEqual`. 23 when the walk is longer than any valid tree.
+    ///@}
+    /// Descends from the root by `compare(nodeKey)`: below 0 left, else right, stopping at 0 when
+    /// `stopAtEqual`. 23 when the walk is longer than any valid tree.
     template <class Compare>
     StatusCode Descend(Compare compare, bool stopAtEqual, Descent& descent);
-    // Descend by the full comparison with the key's bytes.
+    /// Descend by the full comparison with the key's bytes.
     StatusCode DescendFull(const Key& key, bool stopAtEqual, Descent& descent);
-    // `candidate` when it is an entry in use that holds the key; else the sentinel, which means none.
+    /// `candidate` when it is an entry in use that holds the key; else the sentinel, which means none.
     std::uint32_t NodeIfHolding(std::uint32_t candidate, const Key& key) const noexcept;
-    // The cursor's node, else (in an index of distinct keys) the last found or delivered node, when
-    // it holds the key; else the sentinel.
+    /// The cursor's node, else (in an index of distinct keys) the last found or delivered node, when
+    /// it holds the key; else the sentinel.
     std::uint32_t KnownNode(const Key& key) const noexcept;
-    // Keeps where a failed search ended, for an Add of the same key.
+    /// Keeps where a failed search ended, for an Add of the same key.
     void RememberInsertionPoint(const Key& key, const Descent& descent) noexcept;
-    // The insertion point kept for `key`: true when it is still good.
+    /// The insertion point kept for `key`: true when it is still good.
     bool RecallInsertionPoint(const Key& key, Descent& descent) const noexcept;
-    // The tree changes: the insertion point kept is no longer good.
+    /// The tree changes: the insertion point kept is no longer good.
     void ForgetInsertionPoint() noexcept { insertionPointValid_ = false; }
-    // The node of `key`, by the cursor or a descent; the sentinel when absent.
+    /// The node of `key`, by the cursor or a descent; the sentinel when absent.
     StatusCode FindNode(const Key& key, std::uint32_t& node);
-    // The node that GetNext (side Right) or GetPrevious (side Left) lands on; the sentinel if none.
+    /// The node that GetNext (side Right) or GetPrevious (side Left) lands on; the sentinel if none.
     StatusCode StepNode(const Key& key, Side side, std::uint32_t& node);
-    // Leftmost (side Left) or rightmost node under `id`; the sentinel for the sentinel.
+    /// Leftmost (side Left) or rightmost node under `id`; the sentinel for the sentinel.
     std::uint32_t Extreme(std::uint32_t id, Side side);
-    // In-order neighbour on `side` (Right: successor, Left: predecessor); the sentinel if none.
+    /// In-order neighbour on `side` (Right: successor, Left: predecessor); the sentinel if none.
     std::uint32_t Neighbour(std::uint32_t id, Side side);
-    // GetNext and GetPrevious.
+    /// GetNext and GetPrevious.
     StatusCode Step(Key& key, std::uint32_t& recordId, Side side);
-    // 29 or 23 as the prefix walks answer; else the field's number in the key and the length.
+    /// 29 or 23 as the prefix walks answer; else the field's number in the key and the length.
     StatusCode PreparePrefix(const Key& key, std::uint16_t fieldId, std::uint32_t length, Prefix& prefix);
-    // GetFirstEqual (side Left) and GetLastEqual (side Right): one descent to a match, then
-    // neighbours while they match.
+    /// GetFirstEqual (side Left) and GetLastEqual (side Right): one descent to a match, then
+    /// neighbours while they match.
     StatusCode PrefixEnd(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length, Side side);
-    // GetNextEqual and GetPreviousEqual: the step of Step, if it still matches.
+    /// GetNextEqual and GetPreviousEqual: the step of Step, if it still matches.
     StatusCode PrefixStep(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length,
                           Side side);
-    // 6 for the sentinel; else gives the node's record and copies its key bytes into `key`.
+    /// 6 for the sentinel; else gives the node's record and copies its key bytes into `key`.
     StatusCode Deliver(std::uint32_t node, Key& key, std::uint32_t& recordId);
 
-    // ---- Changes of shape (RedBlackTreeUpdate.cpp) --------------------------------------------
-    // Rotates `id` down to `side`: its child on the other side takes its place.
+    /// ---- Changes of shape (RedBlackTreeUpdate.cpp) --------------------------------------------
+    /// Rotates `id` down to `side`: its child on the other side takes its place.
     void Rotate(std::uint32_t id, Side side);
-    // Puts `replacement` where `id` hangs under its parent (or at the root) and sets the parent of
-    // `replacement`, also when it is the sentinel.
+    ///@{
+    /// Puts `replacement` where `id` hangs under its parent (or at the root) and sets the parent of
+    /// `replacement`, also when it is the sentinel.
     void Transplant(std::uint32_t id, std::uint32_t replacement);
     void InsertFixup(std::uint32_t id);
-    // Unlinks `node` and restores the colours; `node` keeps the colour of the node that left the
-    // path.
+    ///@}
+    ///@{
+    /// Unlinks `node` and restores the colours; `node` keeps the colour of the node that left the
+    /// path.
     void Unlink(std::uint32_t node);
     void RemoveFixup(std::uint32_t id);
+    ///@}
 
-    // ---- The validator (RedBlackTreeCheck.cpp) ------------------------------------------------
-    // Checks the subtree under `id` and gives its black height and size; 23 at the first fault.
+    ///@{
+    /// ---- The validator (RedBlackTreeCheck.cpp) ------------------------------------------------
+    /// Checks the subtree under `id` and gives its black height and size; 23 at the first fault.
     StatusCode CheckSubtree(std::uint32_t id, std::uint32_t parent, std::uint32_t depth, std::uint32_t& blackHeight,
                             std::uint32_t& nodes);
     StatusCode CheckOrder();
+    ///@}
 
     std::uint32_t root_ = NoEntry;
     std::uint32_t sentinel_ = NoEntry;
-    // The order of key images, chosen once for the key layout.
+    /// The order of key images, chosen once for the key layout.
     KeyOrder order_;
-    // True when no two nodes can hold equal full keys, so the last node found is a safe hint.
+    /// True when no two nodes can hold equal full keys, so the last node found is a safe hint.
     bool distinctKeys_;
-    // Offset of the record id tail in a key of a Duplicate index; 0 in any other index.
+    /// Offset of the record id tail in a key of a Duplicate index; 0 in any other index.
     std::uint32_t duplicateTail_;
-    // The hints (see the top of this file).
+    ///@{
+    /// The hints (see the top of this file).
     std::uint32_t lastNode_ = NoEntry;
     Descent insertionPoint_{};
     bool insertionPointValid_ = false;
-    // One node image, GetKeySize() + 20 bytes, built here before it is handed to the store, then
-    // the key of the insertion point, GetKeySize() bytes.
+    ///@}
+    /// One node image, GetKeySize() + 20 bytes, built here before it is handed to the store, then
+    /// the key of the insertion point, GetKeySize() bytes.
     std::unique_ptr<unsigned char[]> scratch_;
-    // Owner of every node; its user data store is this index. Declared last: its constructor
-    // serialises the user data, which reads root and sentinel.
+    /// Owner of every node; its user data store is this index. Declared last: its constructor
+    /// serialises the user data, which reads root and sentinel.
     MemoryDataStore store_;
 };
 

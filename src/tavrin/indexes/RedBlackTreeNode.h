@@ -29,16 +29,18 @@ public:
     static constexpr std::uint32_t ParentOffset = 12;
     static constexpr std::uint32_t ColourOffset = 16;
     static constexpr std::uint32_t KeyOffset = 20;
-    // Bytes in front of the key.
+    /// Bytes in front of the key.
     static constexpr std::uint32_t HeaderSize = KeyOffset;
 
     static constexpr std::uint32_t Black = 0;
     static constexpr std::uint32_t Red = 1;
     static constexpr std::uint32_t NoRecord = 0xFFFFFFFF;
 
-    // The two children by side, so that mirrored cases share one piece of code.
+    ///@{
+    /// The two children by side, so that mirrored cases share one piece of code.
     enum Side : std::uint32_t { Left = 0, Right = 1 };
     static constexpr Side Opposite(Side side) noexcept { return side == Left ? Right : Left; }
+    ///@}
 
     explicit RedBlackTreeNode(unsigned char* bytes) noexcept : bytes_(bytes) {}
 
@@ -57,7 +59,7 @@ public:
     void SetColour(std::uint32_t colour) noexcept { EncodeU32(bytes_ + ColourOffset, colour); }
     unsigned char* GetKey() noexcept { return bytes_ + KeyOffset; }
 
-    // Points every link at `sentinel`, colours the node black and sets the record.
+    /// Points every link at `sentinel`, colours the node black and sets the record.
     void Reset(std::uint32_t record, std::uint32_t sentinel) noexcept {
         SetRecord(record);
         SetChild(Left, sentinel);
@@ -66,8 +68,8 @@ public:
         SetColour(Black);
     }
 
-    // Copies a key image: byte by byte below 10 bytes, where a call to memcpy costs more than the
-    // loop, in one block from 10 bytes on.
+    /// Copies a key image: byte by byte below 10 bytes, where a call to memcpy costs more than the
+    /// loop, in one block from 10 bytes on.
     static void CopyKey(unsigned char* destination, const unsigned char* source, std::uint32_t length) noexcept {
         if (length < 10) {
             for (std::uint32_t i = 0; i < length; ++i) destination[i] = source[i];

@@ -13,7 +13,7 @@ struct DefinedBit {
     std::uint32_t byte = 0;
     unsigned char mask = 0;
 
-    // The bit of field `number` of `list`.
+    /// The bit of field `number` of `list`.
     static DefinedBit Of(const FieldList& list, std::uint32_t number) noexcept {
         DefinedBit bit;
         if (!list.LocateDefinedBit(number, bit.byte, bit.mask)) bit = DefinedBit{};
@@ -22,7 +22,7 @@ struct DefinedBit {
 
     bool IsAlwaysDefined() const noexcept { return mask == 0; }
     bool IsSet(const unsigned char* image) const noexcept { return mask == 0 || (image[byte] & mask) != 0; }
-    // Sets or clears the bit; nothing for a field that is always defined.
+    /// Sets or clears the bit; nothing for a field that is always defined.
     void Set(unsigned char* image, bool defined) const noexcept {
         if (mask == 0) return;
         if (defined) {

@@ -12,17 +12,17 @@ namespace Tavrin::Database {
 
 class FieldEntry : public FieldSpecification {
 public:
-    // Copies `specification`, validates the copy (throws DatabaseException code 12), then sizes the
-    // length prefix (LengthSizeOf).
+    /// Copies `specification`, validates the copy (throws DatabaseException code 12), then sizes the
+    /// length prefix (LengthSizeOf).
     explicit FieldEntry(const FieldSpecification& specification)
         : FieldSpecification(specification), direction_(IsDescending() ? -1 : 1) {
         Validate();
         lengthSize_ = LengthSizeOf(*this);
     }
 
-    // The width of the length prefix that a field of `specification` gets: 0 for a fixed-length
-    // type (and for a type that validation refuses), 1 byte below 255, 2 below 65535, else 4.
-    // Note the boundaries: a maxLength of 255 already takes 2 bytes.
+    /// The width of the length prefix that a field of `specification` gets: 0 for a fixed-length
+    /// type (and for a type that validation refuses), 1 byte below 255, 2 below 65535, else 4.
+    /// Note the boundaries: a maxLength of 255 already takes 2 bytes.
     static std::uint32_t LengthSizeOf(const FieldSpecification& specification) noexcept {
         const FieldSpecification::Type type = specification.GetType();
         if (type >= FieldSpecification::TypeCount || !GetFieldTypeInfo(type).isVariableLength) return 0;
@@ -31,18 +31,22 @@ public:
         return 4;
     }
 
-    // Image offset of the length prefix; 0 where there is none.
+    /// Image offset of the length prefix; 0 where there is none.
     std::uint32_t GetLengthOffset() const noexcept { return lengthOffset_; }
-    // Width of the length prefix in bytes: 0, 1, 2 or 4.
+    /// Width of the length prefix in bytes: 0, 1, 2 or 4.
     std::uint32_t GetLengthSize() const noexcept { return lengthSize_; }
-    // +1, or -1 for a field that orders descending in a key.
+    ///@{
+    /// +1, or -1 for a field that orders descending in a key.
     int GetDirection() const noexcept { return direction_; }
     const FieldTypeInfo& GetTypeInfo() const noexcept { return GetFieldTypeInfo(GetType()); }
+    ///@}
 
-    // For the list's layout pass.
+    ///@{
+    /// For the list's layout pass.
     void SetLengthOffset(std::uint32_t lengthOffset) noexcept { lengthOffset_ = lengthOffset; }
     using FieldSpecification::SetMaxLength;
     using FieldSpecification::SetOffset;
+    ///@}
 
 private:
     std::uint32_t lengthOffset_ = 0;

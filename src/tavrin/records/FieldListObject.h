@@ -37,73 +37,79 @@ public:
 
     virtual ~FieldListObject() = default;
 
-    // Appends the object's serialised form; status 14 if it is not initialized.
+    /// Appends the object's serialised form; status 14 if it is not initialized.
     virtual StatusCode Serialize(MessageBuilder& builder) const = 0;
-    // Binds to `table` and reads the serialised form. On failure the object is partly filled but
-    // stays safe to destroy, copy or read again.
+    /// Binds to `table` and reads the serialised form. On failure the object is partly filled but
+    /// stays safe to destroy, copy or read again.
     virtual StatusCode Deserialize(ITable* table, MessageValidator& validator) = 0;
-    // Brings the image to its empty state and forgets the record id; status 14 if not initialized.
+    /// Brings the image to its empty state and forgets the record id; status 14 if not initialized.
     virtual StatusCode Reset() = 0;
-    // Copies the fields of `source` into this image by field id (FieldList::CopyFields). Status 14
-    // unless both objects are initialized; with `strict`, 29 for a field that the source lacks.
+    /// Copies the fields of `source` into this image by field id (FieldList::CopyFields). Status 14
+    /// unless both objects are initialized; with `strict`, 29 for a field that the source lacks.
     virtual StatusCode CopyFields(const FieldListObject& source, bool strict);
 
-    // Bound, and the table's token is still the one copied at binding.
+    /// Bound, and the table's token is still the one copied at binding.
     bool IsInitialized() const noexcept { return initialized_ && tableToken_.IsLive(); }
 
-    // The fields of the layout; an object that is not initialized has only the end iterator.
+    ///@{
+    /// The fields of the layout; an object that is not initialized has only the end iterator.
     FieldList::ConstIterator Begin() const noexcept;
     FieldList::ConstIterator End() const noexcept { return FieldList::ConstIterator(); }
+    ///@}
 
-    // The layout, null before binding. Valid while the table lives (test IsInitialized()).
+    /// The layout, null before binding. Valid while the table lives (test IsInitialized()).
     const FieldList* GetFieldList() const noexcept { return fieldList_; }
-    // The image: GetFieldList()->GetDataLength() bytes for a record, the index's key size for a key.
+    ///@{
+    /// The image: GetFieldList()->GetDataLength() bytes for a record, the index's key size for a key.
     unsigned char* GetData() noexcept { return data_; }
     const unsigned char* GetData() const noexcept { return data_; }
-    // Id of the record in the store; NoRecordId when there is none.
+    ///@}
+    /// Id of the record in the store; NoRecordId when there is none.
     std::uint32_t GetRecordId() const noexcept { return recordId_; }
-    // For the table's own use: remembers where the image was stored. Const because a tree index
-    // keeps its cursor here also through a const Key (Key::SetCursor).
+    /// For the table's own use: remembers where the image was stored. Const because a tree index
+    /// keeps its cursor here also through a const Key (Key::SetCursor).
     void SetRecordId(std::uint32_t recordId) const noexcept { recordId_ = recordId; }
-    // The table bound to, null before binding. Do not call through it unless IsInitialized().
+    /// The table bound to, null before binding. Do not call through it unless IsInitialized().
     ITable* GetTable() const noexcept { return table_; }
-    // The token copied at binding; the table compares it with its own to refuse foreign objects.
+    /// The token copied at binding; the table compares it with its own to refuse foreign objects.
     const IdentityToken& GetTableToken() const noexcept { return tableToken_; }
-    // Bytes available at GetData().
+    /// Bytes available at GetData().
     std::uint32_t GetCapacity() const noexcept { return capacity_; }
-    // True while the image lives in the object's own 1024 bytes.
+    /// True while the image lives in the object's own 1024 bytes.
     bool IsInline() const noexcept { return data_ == inlineBuffer_; }
 
-    // For each field of `other` in order, the first field here of the same name and type: its id
-    // goes to `ids` and other's to `otherIds`, at the same position. Both vectors keep what they
-    // held. Status 14 unless both objects are initialized.
+    /// For each field of `other` in order, the first field here of the same name and type: its id
+    /// goes to `ids` and other's to `otherIds`, at the same position. Both vectors keep what they
+    /// held. Status 14 unless both objects are initialized.
     StatusCode GetMatchingFieldsByName(std::vector<std::uint16_t>& ids, const FieldListObject& other,
                                        std::vector<std::uint16_t>& otherIds) const;
-    // Appends the id of each field of `other`, in other's order, that this layout also has. Status
-    // 14 if this object is not initialized; an `other` that is not initialized adds nothing.
+    /// Appends the id of each field of `other`, in other's order, that this layout also has. Status
+    /// 14 if this object is not initialized; an `other` that is not initialized adds nothing.
     StatusCode GetMatchingFieldsById(std::vector<std::uint16_t>& ids, const FieldListObject& other) const;
 
-    // The text of the image, or "Not initialized\n".
+    /// The text of the image, or "Not initialized\n".
     friend std::ostream& operator<<(std::ostream& stream, const FieldListObject& object);
 
 protected:
-    // Not initialized: no table, no list, the inline buffer, no record id.
+    /// Not initialized: no table, no list, the inline buffer, no record id.
     FieldListObject() noexcept;
-    // Copying and moving are the derived classes' business (they go through Initialize).
+    ///@{
+    /// Copying and moving are the derived classes' business (they go through Initialize).
     FieldListObject(const FieldListObject&) = delete;
     FieldListObject& operator=(const FieldListObject&) = delete;
+    ///@}
 
-    // A table that can be bound to: not null, with a token (step one of every binding).
+    /// A table that can be bound to: not null, with a token (step one of every binding).
     static bool IsBindable(const ITable* table) noexcept;
-    // Makes room for `size` bytes (status 41 if the allocation fails; then nothing changes) and
-    // takes the table, its current token and the list. The image is not touched.
+    /// Makes room for `size` bytes (status 41 if the allocation fails; then nothing changes) and
+    /// takes the table, its current token and the list. The image is not touched.
     StatusCode Bind(ITable* table, const FieldList* fieldList, std::uint32_t size) noexcept;
-    // Back to the state of a default-constructed object: an array is freed and the inline buffer
-    // is zeroed.
+    /// Back to the state of a default-constructed object: an array is freed and the inline buffer
+    /// is zeroed.
     void Clear() noexcept;
-    // Takes over `other`'s binding, image and record id, and clears `other`. No allocation.
+    /// Takes over `other`'s binding, image and record id, and clears `other`. No allocation.
     void TakeFrom(FieldListObject& other) noexcept;
-    // True when both are bound to the same issue of one table's token.
+    /// True when both are bound to the same issue of one table's token.
     bool IsSameTable(const FieldListObject& other) const noexcept { return tableToken_.IsSame(other.tableToken_); }
 
 private:
@@ -112,11 +118,13 @@ private:
     IdentityToken tableToken_;
     const FieldList* fieldList_ = nullptr;
     unsigned char inlineBuffer_[InlineCapacity];
-    // Owns data_ once the image has outgrown the inline buffer; null before that.
+    ///@{
+    /// Owns data_ once the image has outgrown the inline buffer; null before that.
     std::unique_ptr<unsigned char[]> array_;
     unsigned char* data_ = inlineBuffer_;
     std::uint32_t capacity_ = InlineCapacity;
     mutable std::uint32_t recordId_ = NoRecordId;
+    ///@}
 };
 
 }  // namespace Tavrin::Database

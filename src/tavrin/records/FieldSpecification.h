@@ -15,8 +15,8 @@ namespace Tavrin::Database {
 
 class FieldSpecification {
 public:
-    // Stored in files and messages as a 32-bit number; values of 17 and above are invalid but may
-    // arrive in a message, so the enum can hold any 32-bit value.
+    /// Stored in files and messages as a 32-bit number; values of 17 and above are invalid but may
+    /// arrive in a message, so the enum can hold any 32-bit value.
     enum Type : std::uint32_t {
         None = 0,
         BinaryArray = 1,
@@ -39,60 +39,64 @@ public:
 
     static constexpr std::uint32_t TypeCount = 17;
     static constexpr std::uint16_t NoFieldId = 0xFFFF;
-    // Property bit 31: the field orders descending in a key. Other bits are only carried along.
+    /// Property bit 31: the field orders descending in a key. Other bits are only carried along.
     static constexpr std::uint32_t DescendingProperty = 0x80000000u;
-    // The base library's number for types that have no value class.
+    /// The base library's number for types that have no value class.
     static constexpr unsigned char NoBaseType = 0xFF;
 
-    // Id 65535, empty name, type None, zero length, offset and properties.
+    /// Id 65535, empty name, type None, zero length, offset and properties.
     FieldSpecification() = default;
-    // Assigns all six members, then Validate(): throws DatabaseException code 12 if they do not
-    // describe a legal field.
+    /// Assigns all six members, then Validate(): throws DatabaseException code 12 if they do not
+    /// describe a legal field.
     FieldSpecification(std::uint16_t id, const std::string& name, Type type, std::uint32_t maxLength,
                        std::uint32_t offset, std::uint32_t properties);
 
-    // Equality compares id, name, type and maxLength; offset and properties take no part.
+    ///@{
+    /// Equality compares id, name, type and maxLength; offset and properties take no part.
     bool operator==(const FieldSpecification& other) const noexcept;
     bool operator!=(const FieldSpecification& other) const noexcept { return !(*this == other); }
-    // Orders by id.
+    ///@}
+    /// Orders by id.
     bool operator<(const FieldSpecification& other) const noexcept { return id_ < other.id_; }
 
-    // Throws DatabaseException code 12 naming the field if the type is unknown or the type's rules
-    // (id range, length) are broken.
+    /// Throws DatabaseException code 12 naming the field if the type is unknown or the type's rules
+    /// (id range, length) are broken.
     void Validate() const;
 
-    // Wire form, little-endian, no padding:
-    //   offset 0    4 bytes  id (a 16-bit value; readers refuse 65536 and above with status 36)
-    //   offset 4    2 bytes  name length n
-    //   offset 6    n bytes  name, no terminator
-    //   offset 6+n  4 bytes  type
-    //   offset 10+n 4 bytes  maxLength
-    //   offset 14+n 4 bytes  offset
-    //   offset 18+n 4 bytes  properties
-    // Serialize: status 23 for a name longer than 65535 bytes, or any status of the builder.
+    /// Wire form, little-endian, no padding:
+    ///   offset 0    4 bytes  id (a 16-bit value; readers refuse 65536 and above with status 36)
+    ///   offset 4    2 bytes  name length n
+    ///   offset 6    n bytes  name, no terminator
+    ///   offset 6+n  4 bytes  type
+    ///   offset 10+n 4 bytes  maxLength
+    ///   offset 14+n 4 bytes  offset
+    ///   offset 18+n 4 bytes  properties
+    /// Serialize: status 23 for a name longer than 65535 bytes, or any status of the builder.
     StatusCode Serialize(MessageBuilder& builder) const;
-    // Status 23 if the message ends early, 36 for an id above 65535. Members read before a failure
-    // keep their new values. Does not validate.
+    /// Status 23 if the message ends early, 36 for an id above 65535. Members read before a failure
+    /// keep their new values. Does not validate.
     StatusCode Deserialize(MessageValidator& validator);
 
-    // Base library type number -> Type. Status 28 for 14 and above, or for 13 (no database type,
-    // `type` then becomes 17).
+    /// Base library type number -> Type. Status 28 for 14 and above, or for 13 (no database type,
+    /// `type` then becomes 17).
     static StatusCode GetDatabaseFieldType(unsigned char baseType, Type& type) noexcept;
-    // Type -> base library type number. Status 28 for types of 17 and above, or for a type without a
-    // value class (`baseType` then becomes 255).
+    /// Type -> base library type number. Status 28 for types of 17 and above, or for a type without a
+    /// value class (`baseType` then becomes 255).
     static StatusCode GetTavrinFieldType(Type type, unsigned char& baseType) noexcept;
 
-    // True if this object equals `pattern` in every member in which the pattern differs from the
-    // default specification. A pattern with no such member matches only the default specification.
+    /// True if this object equals `pattern` in every member in which the pattern differs from the
+    /// default specification. A pattern with no such member matches only the default specification.
     bool IsMatch(const FieldSpecification& pattern) const;
 
-    // Seven labelled lines, one per member plus the descending flag.
+    /// Seven labelled lines, one per member plus the descending flag.
     std::string ToString() const;
-    // One line of a six-column table, and the matching header line.
+    ///@{
+    /// One line of a six-column table, and the matching header line.
     static std::string ToFormattedHeaderString();
     std::string ToFormattedString() const;
+    ///@}
 
-    // The type's name, or "Unknown" for a type of 17 and above.
+    /// The type's name, or "Unknown" for a type of 17 and above.
     static const char* GetTypeName(Type type) noexcept;
 
     std::uint16_t GetId() const noexcept { return id_; }
@@ -104,9 +108,11 @@ public:
     bool IsDescending() const noexcept { return (properties_ & DescendingProperty) != 0; }
 
 protected:
-    // For the field lists, which place fields themselves.
+    ///@{
+    /// For the field lists, which place fields themselves.
     void SetMaxLength(std::uint32_t maxLength) noexcept { maxLength_ = maxLength; }
     void SetOffset(std::uint32_t offset) noexcept { offset_ = offset; }
+    ///@}
 
 private:
     std::uint16_t id_ = NoFieldId;
@@ -117,7 +123,7 @@ private:
     std::uint32_t properties_ = 0;
 };
 
-// Writes ToString().
+/// Writes ToString().
 std::ostream& operator<<(std::ostream& stream, const FieldSpecification& specification);
 
 }  // namespace Tavrin::Database

@@ -8,14 +8,14 @@
 
 namespace Tavrin::Database {
 
-// The common rule: the id is below 65535. The whole rule of BinaryArray, BinaryString, Bitmap,
-// Pointer, TextArray and TextString; every validator with a length rule runs it first.
+/// The common rule: the id is below 65535. The whole rule of BinaryArray, BinaryString, Bitmap,
+/// Pointer, TextArray and TextString; every validator with a length rule runs it first.
 void ValidateSpecification(const FieldSpecification& specification);
 
-// Type None describes no field: id 65535 and zero length, offset and properties.
+/// Type None describes no field: id 65535 and zero length, offset and properties.
 void ValidateNoneSpecification(const FieldSpecification& specification);
 
-// The typed validators: the common rule, then the type, then maxLength.
+/// The typed validators: the common rule, then the type, then maxLength.
 void ValidateBlobSpecification(const FieldSpecification& specification);              // 5 or more
 void ValidateCrcBlobSpecification(const FieldSpecification& specification);           // 9 or more
 void ValidateBooleanSpecification(const FieldSpecification& specification);           // 1

@@ -18,15 +18,17 @@ class IFieldListFactory {
 public:
     virtual ~IFieldListFactory() = default;
 
-    // The caller owns the result. Construction failures of the list pass through as
-    // DatabaseException; an allocation failure is DatabaseException code 3 (AllocateFieldList).
+    ///@{
+    /// The caller owns the result. Construction failures of the list pass through as
+    /// DatabaseException; an allocation failure is DatabaseException code 3 (AllocateFieldList).
     virtual FieldList* Create(const std::vector<FieldSpecification>& specifications,
                               std::uint32_t dataLength) const = 0;
     virtual FieldList* Create(const std::vector<FieldSpecification>& specifications) const = 0;
+    ///@}
 
 protected:
-    // Allocates a List without throwing std::bad_alloc: any allocation failure, also one inside the
-    // list's constructor, becomes DatabaseException code 3 at `site`.
+    /// Allocates a List without throwing std::bad_alloc: any allocation failure, also one inside the
+    /// list's constructor, becomes DatabaseException code 3 at `site`.
     template <class List, class... Arguments>
     static FieldList* NewFieldList(ThrowSite site, Arguments&&... arguments) {
         FieldList* list = nullptr;

@@ -21,7 +21,7 @@ class IdentityToken {
 public:
     IdentityToken() = default;
 
-    // A new token whose value is `owner`'s address.
+    /// A new token whose value is `owner`'s address.
     static IdentityToken Issue(const void* owner) {
         IdentityToken token;
         token.value_ = reinterpret_cast<std::uintptr_t>(owner);
@@ -29,22 +29,22 @@ public:
         return token;
     }
 
-    // The owner is going away: every copy stops being live.
+    /// The owner is going away: every copy stops being live.
     void Revoke() noexcept {
         if (cell_) cell_->store(0, std::memory_order_release);
     }
 
-    // True while the issuing owner lives.
+    /// True while the issuing owner lives.
     bool IsLive() const noexcept {
         return cell_ && value_ != 0 && cell_->load(std::memory_order_acquire) == value_;
     }
 
-    // True when both copies come from the same issue (whether or not it is still live).
+    /// True when both copies come from the same issue (whether or not it is still live).
     bool IsSame(const IdentityToken& other) const noexcept {
         return cell_ == other.cell_ && value_ == other.value_;
     }
 
-    // The value at issue; 0 for a token that was never issued.
+    /// The value at issue; 0 for a token that was never issued.
     std::uintptr_t GetValue() const noexcept { return value_; }
 
     void Clear() noexcept {

@@ -24,64 +24,72 @@ class Key : public FieldListObject {
 public:
     static constexpr std::uint8_t Version = 1;
 
-    // Not initialized: no index, index number 0.
+    /// Not initialized: no index, index number 0.
     Key() noexcept = default;
-    // Binds to index `indexNumber` of `table` with an empty key.
+    /// Binds to index `indexNumber` of `table` with an empty key.
     Key(ITable* table, std::uint16_t indexNumber);
-    // The key of index `indexNumber` built from `record`.
+    /// The key of index `indexNumber` built from `record`.
     Key(std::uint16_t indexNumber, const Record& record);
-    // A copy of `other`'s binding, image and record id; an `other` that is not initialized gives
-    // an object that is not initialized.
+    ///@{
+    /// A copy of `other`'s binding, image and record id; an `other` that is not initialized gives
+    /// an object that is not initialized.
     Key(const Key& other);
     Key& operator=(const Key& other);
-    // Takes over `other`'s image without allocating and leaves `other` not initialized.
+    ///@}
+    ///@{
+    /// Takes over `other`'s image without allocating and leaves `other` not initialized.
     Key(Key&& other) noexcept;
     Key& operator=(Key&& other) noexcept;
     ~Key() override = default;
+    ///@}
 
-    // 23 for a null table or one whose token is gone; the status of ITable::GetIndex (26 for a
-    // number too high); 41 if the image cannot be allocated. Then the key is empty
-    // (IIndex::InitializeKey) and has no record id.
+    /// 23 for a null table or one whose token is gone; the status of ITable::GetIndex (26 for a
+    /// number too high); 41 if the image cannot be allocated. Then the key is empty
+    /// (IIndex::InitializeKey) and has no record id.
     StatusCode Initialize(ITable* table, std::uint16_t indexNumber);
-    // Copies `other`'s binding, key image and record id; if `other` is not initialized, this
-    // object is cleared and the status is 0.
+    /// Copies `other`'s binding, key image and record id; if `other` is not initialized, this
+    /// object is cleared and the status is 0.
     StatusCode Initialize(const Key& other);
-    // Status 14 if `record` is not initialized; else binds to its table and builds the key from it.
+    /// Status 14 if `record` is not initialized; else binds to its table and builds the key from it.
     StatusCode Initialize(std::uint16_t indexNumber, const Record& record);
-    // Rebuilds this key from `record`: 14 if this key is not initialized, 30 if the record is not
-    // bound to this key's table.
+    /// Rebuilds this key from `record`: 14 if this key is not initialized, 30 if the record is not
+    /// bound to this key's table.
     StatusCode BuildKey(const Record& record);
 
     StatusCode Reset() override;
 
-    // Serialised form, little-endian:
-    //   1 byte                version, 1
-    //   4 bytes               index number, unsigned
-    //   GetKeySize() bytes    the raw key image, with the duplicate tail if the index has one
-    //   4 bytes               record id, signed; -1 for none
+    /// Serialised form, little-endian:
+    ///   1 byte                version, 1
+    ///   4 bytes               index number, unsigned
+    ///   GetKeySize() bytes    the raw key image, with the duplicate tail if the index has one
+    ///   4 bytes               record id, signed; -1 for none
     StatusCode Serialize(MessageBuilder& builder) const override;
-    // 23 if the message is empty or ends early, 21 for another version, 36 for an index number
-    // beyond the table's indexes, any status of Initialize(table, number), 23 for a null table.
+    /// 23 if the message is empty or ends early, 21 for another version, 36 for an index number
+    /// beyond the table's indexes, any status of Initialize(table, number), 23 for a null table.
     StatusCode Deserialize(ITable* table, MessageValidator& validator) override;
 
     using FieldListObject::CopyFields;
-    // Status 14 unless both are initialized. From a record of another table: FieldList::CopyFields
-    // by id (with `strict`); of this table: IIndex::BuildKey from the record's image.
+    /// Status 14 unless both are initialized. From a record of another table: FieldList::CopyFields
+    /// by id (with `strict`); of this table: IIndex::BuildKey from the record's image.
     virtual StatusCode CopyFields(const Record& source, bool strict);
-    // Status 14 unless both are initialized. A key of the same index is copied whole; of another
-    // table, FieldList::CopyFields by id (with `strict`); of another index of this table,
-    // IIndex::BuildKey by field id.
+    /// Status 14 unless both are initialized. A key of the same index is copied whole; of another
+    /// table, FieldList::CopyFields by id (with `strict`); of another index of this table,
+    /// IIndex::BuildKey by field id.
     virtual StatusCode CopyFields(const Key& source, bool strict);
 
-    // The index that lays the key out; null before binding. Do not call through it unless
-    // IsInitialized().
+    ///@{
+    /// The index that lays the key out; null before binding. Do not call through it unless
+    /// IsInitialized().
     IIndex* GetIndex() const noexcept { return index_; }
     std::uint16_t GetIndexNumber() const noexcept { return indexNumber_; }
+    ///@}
 
-    // A tree index's hint of the entry that a lookup last landed on: it lives in the record id and
-    // is written also through a const key. -1 when there is none.
+    ///@{
+    /// A tree index's hint of the entry that a lookup last landed on: it lives in the record id and
+    /// is written also through a const key. -1 when there is none.
     std::uint32_t GetCursor() const noexcept { return GetRecordId(); }
     void SetCursor(std::uint32_t cursor) const noexcept { SetRecordId(cursor); }
+    ///@}
 
 private:
     void ClearKey() noexcept;

@@ -31,40 +31,43 @@ namespace Tavrin::Database {
 
 class ManagedFieldList final : public FieldList {
 public:
-    // Lays the fields out; offsets given in the specifications are ignored. Throws DatabaseException
-    // code 12 for an empty list ("empty field specification list"), a repeated id ("repeated field
-    // id <id> at field <name>"), a field its validator refuses, or a layout that would pass 4 GB.
+    /// Lays the fields out; offsets given in the specifications are ignored. Throws DatabaseException
+    /// code 12 for an empty list ("empty field specification list"), a repeated id ("repeated field
+    /// id <id> at field <name>"), a field its validator refuses, or a layout that would pass 4 GB.
     explicit ManagedFieldList(const std::vector<FieldSpecification>& specifications);
 
-    // The data length that the constructor gives `specifications` (the bitmap, the length prefixes
-    // and every maxLength), in 64 bits so that it cannot wrap. Builds and validates nothing, so a
-    // table can check the size of its records before it makes the list; a field of a type that
-    // validation refuses counts without a prefix.
+    /// The data length that the constructor gives `specifications` (the bitmap, the length prefixes
+    /// and every maxLength), in 64 bits so that it cannot wrap. Builds and validates nothing, so a
+    /// table can check the size of its records before it makes the list; a field of a type that
+    /// validation refuses counts without a prefix.
     static std::uint64_t DataLengthOf(const std::vector<FieldSpecification>& specifications) noexcept;
 
     using FieldList::CompareField;
     using FieldList::SetField;
 
-    // Wire form: the B bitmap bytes, then for each defined field in field order its prefix and its
-    // current value if it is variable length, else all maxLength bytes of its slot.
+    /// Wire form: the B bitmap bytes, then for each defined field in field order its prefix and its
+    /// current value if it is variable length, else all maxLength bytes of its slot.
     StatusCode SerializeFields(MessageBuilder& builder, const unsigned char* data) const override;
-    // Reads the bitmap into the image, then each field whose bit is set straight into its slot. A
-    // stored length of 0 or above maxLength is status 22, before anything is copied to the slot.
-    // Slots of fields whose bit is clear keep their bytes.
+    /// Reads the bitmap into the image, then each field whose bit is set straight into its slot. A
+    /// stored length of 0 or above maxLength is status 22, before anything is copied to the slot.
+    /// Slots of fields whose bit is clear keep their bytes.
     StatusCode DeserializeFields(MessageValidator& validator, unsigned char* data) const override;
-    // Clears the bitmap; prefixes and slots keep their bytes.
+    ///@{
+    /// Clears the bitmap; prefixes and slots keep their bytes.
     void ResetData(unsigned char* data) const override;
     StatusCode SetField(unsigned char* data, std::uint16_t id, bool value) const override;
     StatusCode SetFieldByNumber(std::uint32_t number, unsigned char* data, const void* value,
                                 std::uint32_t length) const override;
-    // An undefined source field makes this field undefined.
+    ///@}
+    /// An undefined source field makes this field undefined.
     StatusCode CopyFieldByNumber(std::uint32_t number, unsigned char* data, std::uint32_t sourceNumber,
                                  const FieldList& source, const unsigned char* sourceData) const override;
-    // Status 6; 22 for an empty string; an undefined field orders first (-1).
+    /// Status 6; 22 for an empty string; an undefined field orders first (-1).
     StatusCode CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
                             int& result) const override;
-    // Status 6; an undefined value orders first (1 against a defined field, 0 against an undefined
-    // one), then an undefined field (-1).
+    ///@{
+    /// Status 6; an undefined value orders first (1 against a defined field, 0 against an undefined
+    /// one), then an undefined field (-1).
     StatusCode CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
                             int& result) const override;
     void SetFieldDefined(std::uint32_t number, unsigned char* data) const override;
@@ -76,8 +79,9 @@ public:
     bool LocateDefinedBit(std::uint32_t number, std::uint32_t& byte, unsigned char& mask) const noexcept override;
     StatusCode IsFieldDefined(const unsigned char* data, std::uint16_t id, bool& isDefined) const override;
     std::uint32_t GetFieldLength(std::uint32_t number, const unsigned char* data) const override;
+    ///@}
 
-    // The size B of the presence bitmap in bytes.
+    /// The size B of the presence bitmap in bytes.
     std::uint32_t GetBitmapLength() const noexcept { return bitmapEntry_.GetMaxLength(); }
 
 private:
@@ -87,12 +91,12 @@ private:
     static unsigned char BitOf(std::uint32_t number) noexcept {
         return static_cast<unsigned char>(0x80u >> (number % 8));
     }
-    // Reads one field's prefix and value from a message into the image.
+    /// Reads one field's prefix and value from a message into the image.
     StatusCode DeserializeField(MessageValidator& validator, const FieldEntry& entry, unsigned char* data) const;
-    // Clears bitmap bits beyond the last field, which a message may have set.
+    /// Clears bitmap bits beyond the last field, which a message may have set.
     void ClearUnusedBits(unsigned char* data) const noexcept;
 
-    // Describes the bitmap as if it were a field (id 0, "Bitmap", maxLength B); not in the list.
+    /// Describes the bitmap as if it were a field (id 0, "Bitmap", maxLength B); not in the list.
     FieldEntry bitmapEntry_;
 };
 

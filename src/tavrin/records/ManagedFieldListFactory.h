@@ -11,11 +11,13 @@ namespace Tavrin::Database {
 
 class ManagedFieldListFactory final : public IFieldListFactory, public Tavrin::Singleton<ManagedFieldListFactory> {
 public:
-    // A managed list decides its own data length: always throws DatabaseException code 3, without
-    // looking at the arguments.
+    ///@{
+    /// A managed list decides its own data length: always throws DatabaseException code 3, without
+    /// looking at the arguments.
     FieldList* Create(const std::vector<FieldSpecification>& specifications,
                       std::uint32_t dataLength) const override;
     FieldList* Create(const std::vector<FieldSpecification>& specifications) const override;
+    ///@}
 
 private:
     friend class Tavrin::Singleton<ManagedFieldListFactory>;

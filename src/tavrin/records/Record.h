@@ -17,63 +17,73 @@ namespace Tavrin::Database {
 
 class Record : public FieldListObject {
 public:
-    // Not initialized.
+    /// Not initialized.
     Record() noexcept = default;
-    // Binds to `table` with an empty image.
+    /// Binds to `table` with an empty image.
     explicit Record(ITable* table);
-    // Binds to the key's table with just the key's fields defined.
+    /// Binds to the key's table with just the key's fields defined.
     explicit Record(const Key& key);
-    // A copy of `other`'s binding, image and record id; an `other` that is not initialized gives
-    // an object that is not initialized.
+    ///@{
+    /// A copy of `other`'s binding, image and record id; an `other` that is not initialized gives
+    /// an object that is not initialized.
     Record(const Record& other);
     Record& operator=(const Record& other);
-    // Takes over `other`'s image without allocating and leaves `other` not initialized.
+    ///@}
+    ///@{
+    /// Takes over `other`'s image without allocating and leaves `other` not initialized.
     Record(Record&& other) noexcept;
     Record& operator=(Record&& other) noexcept;
-    // For the table's own use: binds and copies GetRecordLength() bytes from `data`.
+    ///@}
+    ///@{
+    /// For the table's own use: binds and copies GetRecordLength() bytes from `data`.
     Record(ITable* table, const unsigned char* data, std::uint32_t recordId);
     ~Record() override = default;
+    ///@}
 
-    // Status 14 if `key` is not initialized; else binds to its table and copies the key's fields
-    // (not strict). A failing copy leaves the record bound with the fields copied so far.
+    /// Status 14 if `key` is not initialized; else binds to its table and copies the key's fields
+    /// (not strict). A failing copy leaves the record bound with the fields copied so far.
     StatusCode Initialize(const Key& key);
-    // Copies `other`; if it is not initialized, this object is cleared and the status is 0.
+    /// Copies `other`; if it is not initialized, this object is cleared and the status is 0.
     StatusCode Initialize(const Record& other);
-    // For the table's own use: binds, copies GetRecordLength() bytes from `data`, sets the id.
+    /// For the table's own use: binds, copies GetRecordLength() bytes from `data`, sets the id.
     StatusCode Initialize(ITable* table, const unsigned char* data, std::uint32_t recordId);
 
-    // Two records are equal when neither is initialized, or when both are bound to one table and
-    // no field differs by FieldList::IsFieldDifferent. The record ids take no part.
+    ///@{
+    /// Two records are equal when neither is initialized, or when both are bound to one table and
+    /// no field differs by FieldList::IsFieldDifferent. The record ids take no part.
     bool operator==(const Record& other) const;
     bool operator!=(const Record& other) const { return !(*this == other); }
+    ///@}
 
     StatusCode Reset() override;
 
-    // Serialised form, little-endian:
-    //   1 byte                version, 1
-    //   fields                the raw image of GetRecordLength() bytes when that is at most
-    //                         CompactFormThreshold, else what FieldList::SerializeFields writes
-    //   4 bytes               record id, signed; -1 for none
-    // Nothing in the message says which fields form it is: the reader decides by its own table's
-    // record length, so both sides need the same table specification.
+    ///@{
+    /// Serialised form, little-endian:
+    ///   1 byte                version, 1
+    ///   fields                the raw image of GetRecordLength() bytes when that is at most
+    ///                         CompactFormThreshold, else what FieldList::SerializeFields writes
+    ///   4 bytes               record id, signed; -1 for none
+    /// Nothing in the message says which fields form it is: the reader decides by its own table's
+    /// record length, so both sides need the same table specification.
     static constexpr std::uint32_t CompactFormThreshold = 2048;
     static constexpr std::uint8_t Version = 1;
     StatusCode Serialize(MessageBuilder& builder) const override;
-    // 23 if the message is empty or ends early, 21 for another version (the record is then left
-    // as it was), 22 for a stored field length that does not fit, 23 for a null table.
+    ///@}
+    /// 23 if the message is empty or ends early, 21 for another version (the record is then left
+    /// as it was), 22 for a stored field length that does not fit, 23 for a null table.
     StatusCode Deserialize(ITable* table, MessageValidator& validator) override;
 
-    // The key of index `indexNumber` built from this record; throws code 4 on failure.
+    /// The key of index `indexNumber` built from this record; throws code 4 on failure.
     Key GetKey(std::uint16_t indexNumber) const;
-    // The key of the table's primary index; throws code 5 if this record is not initialized and
-    // code 4 if the table has no primary index.
+    /// The key of the table's primary index; throws code 5 if this record is not initialized and
+    /// code 4 if the table has no primary index.
     Key GetPrimaryKey() const;
 
 private:
-    // Binds to `table` (23 for a null table or a dead token, 41 if the image cannot be allocated)
-    // and resets the image through the table.
+    /// Binds to `table` (23 for a null table or a dead token, 41 if the image cannot be allocated)
+    /// and resets the image through the table.
     StatusCode BindTo(ITable* table);
-    // BindTo without the reset, for a caller that writes the whole image next.
+    /// BindTo without the reset, for a caller that writes the whole image next.
     StatusCode BindWithoutReset(ITable* table);
 };
 

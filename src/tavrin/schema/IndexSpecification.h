@@ -17,39 +17,45 @@ namespace Tavrin::Database {
 
 class IndexSpecification {
 public:
-    // Stored as a 32-bit number; any value may arrive in a message, so the enum holds all of them.
+    /// Stored as a 32-bit number; any value may arrive in a message, so the enum holds all of them.
     enum Type : std::uint32_t {
         None = 0,
         Hash = 1,
         RedBlack = 2,
     };
 
-    // Property values; each is a single bit. NoProperty is the default and is refused by Validate.
+    ///@{
+    /// Property values; each is a single bit. NoProperty is the default and is refused by Validate.
     static constexpr std::uint32_t NoProperty = 1;
     static constexpr std::uint32_t UniqueProperty = 2;
-    // The stored key gets the record id behind its fields, so equal keys may repeat.
+    ///@}
+    /// The stored key gets the record id behind its fields, so equal keys may repeat.
     static constexpr std::uint32_t DuplicateProperty = 4;
-    // Unique, and the primary index of the table.
+    /// Unique, and the primary index of the table.
     static constexpr std::uint32_t PrimaryUniqueProperty = 8;
 
     static constexpr std::uint16_t NoNumber = 0xFFFF;
 
-    // One compared field of the key: a field id and flags. Bit 31 of the flags orders the field
-    // descending; the other bits are carried along unread.
+    /// One compared field of the key: a field id and flags. Bit 31 of the flags orders the field
+    /// descending; the other bits are carried along unread.
     class Field {
     public:
         static constexpr std::uint32_t DescendingFlag = 0x80000000u;
 
-        // Id 0xFFFF (no field), flags 0.
+        ///@{
+        /// Id 0xFFFF (no field), flags 0.
         Field() = default;
         Field(std::uint16_t id, std::uint32_t flags) noexcept : id_(id), flags_(flags) {}
+        ///@}
 
         bool operator==(const Field& other) const noexcept = default;
 
-        // Wire form, 8 bytes: id as a 32-bit number (readers refuse values above 0xFFFF with
-        // status 36), then the flags. Status 23 when the message is short.
+        ///@{
+        /// Wire form, 8 bytes: id as a 32-bit number (readers refuse values above 0xFFFF with
+        /// status 36), then the flags. Status 23 when the message is short.
         StatusCode Serialize(MessageBuilder& builder) const;
         StatusCode Deserialize(MessageValidator& validator);
+        ///@}
 
         static bool IsAscending(std::uint32_t flags) noexcept { return (flags & DescendingFlag) == 0; }
         static bool IsDescending(std::uint32_t flags) noexcept { return !IsAscending(flags); }
@@ -62,37 +68,39 @@ public:
         std::uint32_t flags_ = 0;
     };
 
-    // Number 0xFFFF, empty name, type None, properties NoProperty, no fields. Not validated: this
-    // is also the pattern that IsMatch accepts for every specification.
+    /// Number 0xFFFF, empty name, type None, properties NoProperty, no fields. Not validated: this
+    /// is also the pattern that IsMatch accepts for every specification.
     IndexSpecification() = default;
-    // Number 0xFFFF and no additional fields; then Validate(), which may throw.
+    /// Number 0xFFFF and no additional fields; then Validate(), which may throw.
     IndexSpecification(const std::string& name, Type type, std::uint32_t properties,
                        const std::vector<Field>& fields);
 
-    // Compares name, type, properties and the fields; the number and the additional field ids take
-    // no part.
+    ///@{
+    /// Compares name, type, properties and the fields; the number and the additional field ids take
+    /// no part.
     bool operator==(const IndexSpecification& other) const noexcept;
     bool operator!=(const IndexSpecification& other) const noexcept { return !(*this == other); }
+    ///@}
 
-    // Throws DatabaseException code 12 for an empty name, type None, or properties with the
-    // NoProperty bit. Looks at nothing else: the table that makes the index checks the rest.
+    /// Throws DatabaseException code 12 for an empty name, type None, or properties with the
+    /// NoProperty bit. Looks at nothing else: the table that makes the index checks the rest.
     void Validate() const;
 
-    // Wire form, little-endian, no version and no total length (c fields, name of n bytes):
-    //   offset 0     4 bytes   number (readers refuse values above 0xFFFF with status 36)
-    //   offset 4     2 bytes   n
-    //   offset 6     n bytes   name, no terminator
-    //   offset 6+n   4 bytes   type
-    //   offset 10+n  4 bytes   properties
-    //   offset 14+n  4 bytes   c
-    //   offset 18+n  8c bytes  the fields, each in the form of Field
-    // The additional field ids are not part of it.
-    // Serialize stops at the first failing append: status 23 for a name longer than 65535 bytes
-    // (the number is then already written), or the builder's status.
+    /// Wire form, little-endian, no version and no total length (c fields, name of n bytes):
+    ///   offset 0     4 bytes   number (readers refuse values above 0xFFFF with status 36)
+    ///   offset 4     2 bytes   n
+    ///   offset 6     n bytes   name, no terminator
+    ///   offset 6+n   4 bytes   type
+    ///   offset 10+n  4 bytes   properties
+    ///   offset 14+n  4 bytes   c
+    ///   offset 18+n  8c bytes  the fields, each in the form of Field
+    /// The additional field ids are not part of it.
+    /// Serialize stops at the first failing append: status 23 for a name longer than 65535 bytes
+    /// (the number is then already written), or the builder's status.
     StatusCode Serialize(MessageBuilder& builder) const;
-    // Status 23 if the message is short, 36 for a number or field id above 0xFFFF. Members read
-    // before a failure keep their new values, as do the fields read so far; the additional field
-    // ids are left as they were. Does not validate.
+    /// Status 23 if the message is short, 36 for a number or field id above 0xFFFF. Members read
+    /// before a failure keep their new values, as do the fields read so far; the additional field
+    /// ids are left as they were. Does not validate.
     StatusCode Deserialize(MessageValidator& validator);
 
     bool IsPrimaryUnique() const noexcept { return (properties_ & PrimaryUniqueProperty) != 0; }
@@ -101,13 +109,13 @@ public:
     bool IsHash() const noexcept { return type_ == Hash; }
     bool IsTree() const noexcept { return type_ == RedBlack; }
 
-    // True if this specification equals `pattern` in every member that the pattern sets: a number
-    // other than 0xFFFF, a name that is not empty, a type other than None, properties other than
-    // NoProperty, a non-empty list of fields, a non-empty list of additional field ids. A default
-    // pattern matches everything.
+    /// True if this specification equals `pattern` in every member that the pattern sets: a number
+    /// other than 0xFFFF, a name that is not empty, a type other than None, properties other than
+    /// NoProperty, a non-empty list of fields, a non-empty list of additional field ids. A default
+    /// pattern matches everything.
     bool IsMatch(const IndexSpecification& pattern) const;
 
-    // Labelled lines: number, name, type, properties and one line per field.
+    /// Labelled lines: number, name, type, properties and one line per field.
     std::string ToString() const;
 
     std::uint16_t GetNumber() const noexcept { return number_; }
@@ -115,18 +123,20 @@ public:
     Type GetType() const noexcept { return type_; }
     std::uint32_t GetProperties() const noexcept { return properties_; }
     const std::vector<Field>& GetFields() const noexcept { return fields_; }
-    // Fields stored in the key behind the compared ones; they take no part in comparison.
+    /// Fields stored in the key behind the compared ones; they take no part in comparison.
     const std::vector<std::uint16_t>& GetAdditionalFieldIds() const noexcept { return additionalFieldIds_; }
 
-    // A table writes the number it gives the index into the caller's specification.
+    /// A table writes the number it gives the index into the caller's specification.
     void SetNumber(std::uint16_t number) noexcept { number_ = number; }
 
 private:
-    // An index describes itself with its number and additional fields; tests reach it the same way.
+    ///@{
+    /// An index describes itself with its number and additional fields; tests reach it the same way.
     friend class Index;
     friend class IndexSpecificationTestPeer;
+    ///@}
 
-    // Takes every member from its arguments, then Validate(), which may throw.
+    /// Takes every member from its arguments, then Validate(), which may throw.
     IndexSpecification(std::uint16_t number, const std::string& name, Type type, std::uint32_t properties,
                        const std::vector<Field>& fields, const std::vector<std::uint16_t>& additionalFieldIds);
 
@@ -138,7 +148,7 @@ private:
     std::vector<std::uint16_t> additionalFieldIds_;
 };
 
-// Writes ToString().
+/// Writes ToString().
 std::ostream& operator<<(std::ostream& stream, const IndexSpecification& specification);
 
 }  // namespace Tavrin::Database

@@ -34,21 +34,26 @@ public:
     DataStore() = default;
     DataStore(const DataStore&) = delete;
     DataStore& operator=(const DataStore&) = delete;
-    // Releases the mapping without a save.
+    /// Releases the mapping without a save.
     virtual ~DataStore();
 
-    // Create a named store file, or a temporary one; failures are thrown. The plain class throws 13.
+    ///@{
+    /// Create a named store file, or a temporary one; failures are thrown. The plain class throws 13.
     virtual void Create(const std::string& fileName, const Uuid& uuid);
     virtual void Create();
-    // Opens a store file; with `uuid` the file must carry that Uuid. Never throws: 17 when open
-    // already, 22 for a file shorter than its file header, 23 for a file left open by a crash (once),
-    // another Uuid or a malformed header, the factory's status (6 for a missing file), 1 otherwise.
+    ///@}
+    /// Opens a store file; with `uuid` the file must carry that Uuid. Never throws: 17 when open
+    /// already, 22 for a file shorter than its file header, 23 for a file left open by a crash (once),
+    /// another Uuid or a malformed header, the factory's status (6 for a missing file), 1 otherwise.
     virtual StatusCode Open(const std::string& fileName, const Uuid* uuid);
-    // Releases the mapping; 0.
+    ///@{
+    /// Releases the mapping; 0.
     virtual StatusCode Close();
     virtual StatusCode SaveAs(const std::string& fileName);
     virtual void Clear();
-    // Add throws 13 in the plain class; the other entry operations answer 13.
+    ///@}
+    ///@{
+    /// Add throws 13 in the plain class; the other entry operations answer 13.
     virtual StatusCode Add(std::uint32_t& id, const void* record);
     virtual StatusCode Remove(std::uint32_t id);
     virtual StatusCode Update(std::uint32_t id, const void* record);
@@ -56,28 +61,33 @@ public:
     virtual StatusCode GetEntry(std::uint32_t id, unsigned char*& record);
     virtual StatusCode GetFirst(std::uint32_t& id, unsigned char*& record);
     virtual StatusCode GetNext(std::uint32_t& id, unsigned char*& record);
-    // Throw 13 in the plain class.
+    ///@}
+    ///@{
+    /// Throw 13 in the plain class.
     virtual std::uint32_t GetCurrentEntries() const;
     virtual std::uint32_t GetMaxEntries() const;
-    // The user data area of the open file; null and 0 when the store is not open.
+    ///@}
+    /// The user data area of the open file; null and 0 when the store is not open.
     virtual void GetUserData(unsigned char*& address, std::uint32_t& size) const;
-    // Writes the Uuid into the file header; 16 when not open.
+    /// Writes the Uuid into the file header; 16 when not open.
     virtual StatusCode SetUuid(const Uuid& uuid);
-    // The Uuid of the file header; Uuid::Nil() when not open.
+    ///@{
+    /// The Uuid of the file header; Uuid::Nil() when not open.
     virtual Uuid GetUuid() const;
     virtual bool IsOpen() const;
     virtual bool IsTemporary() const;
-    // Writes everything the store holds in its files through to the disk, so that a power loss
-    // after it takes nothing that came before it: 16 when not open, 13 in the plain class, else
-    // 0 or the status of the failed write. A temporary store answers 0 and writes nothing.
+    ///@}
+    /// Writes everything the store holds in its files through to the disk, so that a power loss
+    /// after it takes nothing that came before it: 16 when not open, 13 in the plain class, else
+    /// 0 or the status of the failed write. A temporary store answers 0 and writes nothing.
     virtual StatusCode Sync();
-    // Closes the store without a save and removes its files, which it still holds until they are
-    // gone; used to drop files that a failed build left. Nothing when not open.
+    /// Closes the store without a save and removes its files, which it still holds until they are
+    /// gone; used to drop files that a failed build left. Nothing when not open.
     virtual void Discard();
 
 protected:
-    // The serialised length of a header, measured with a growing builder; a failure throws
-    // DatabaseException 12 "failed to get memory header size" at `site`.
+    /// The serialised length of a header, measured with a growing builder; a failure throws
+    /// DatabaseException 12 "failed to get memory header size" at `site`.
     template <class Header>
     static std::uint32_t MeasureHeaderSize(const Header& header, ThrowSite site) {
         MessageBuilder builder;
@@ -86,15 +96,15 @@ protected:
         }
         return builder.GetLength();
     }
-    // The length of what `userData` writes now (0 without one); a failure throws DatabaseException 12
-    // "failed to get user data store size" at `site`.
+    /// The length of what `userData` writes now (0 without one); a failure throws DatabaseException 12
+    /// "failed to get user data store size" at `site`.
     static std::uint32_t MeasureUserDataSize(UserDataStore* userData, ThrowSite site);
-    // Writes the owner's data into the user data area of the mapping; the owner's status.
+    /// Writes the owner's data into the user data area of the mapping; the owner's status.
     StatusCode WriteUserData(UserDataStore* userData);
 
-    // Runs `openSteps`, which throw on failure, and turns what they throw into the status of Open:
-    // the StatusCodeException's code, 41 when memory ran out, otherwise 1. On failure the mapping
-    // is released.
+    /// Runs `openSteps`, which throw on failure, and turns what they throw into the status of Open:
+    /// the StatusCodeException's code, 41 when memory ran out, otherwise 1. On failure the mapping
+    /// is released.
     template <class Steps>
     StatusCode GuardOpen(Steps openSteps) {
         try {
@@ -111,7 +121,7 @@ protected:
             return Status::OutOfMemory;
         }
     }
-    // Closes the mapping (clean flag 1) and forgets the data area.
+    /// Closes the mapping (clean flag 1) and forgets the data area.
     void Release();
 
     FileMappedMemoryManager manager_;

@@ -29,10 +29,12 @@ struct DataStoreHeader {
     static constexpr std::uint32_t MemoryStoreType = 0;
     static constexpr std::uint32_t DiskStoreType = 1;
 
-    // Data area offsets of the fields that a store keeps up to date in the mapping between saves.
+    ///@{
+    /// Data area offsets of the fields that a store keeps up to date in the mapping between saves.
     static constexpr std::uint32_t CurrentEntriesOffset = 29;
     static constexpr std::uint32_t MaxEntriesOffset = 33;
     static constexpr std::uint32_t Size = 37;
+    ///@}
 
     std::uint32_t storeType = 0;
     bool valid = false;
@@ -44,10 +46,10 @@ struct DataStoreHeader {
     std::uint32_t currentEntries = 0;
     std::uint32_t maxEntries = 0;
 
-    // Appends the 37 bytes; the builder's status when they do not fit.
+    /// Appends the 37 bytes; the builder's status when they do not fit.
     StatusCode Serialize(MessageBuilder& builder) const;
-    // Reads the 37 bytes and checks them against the validator's length: status 23 when a field is
-    // missing, the format is not 2, `valid` is 0, or the user data area runs past the end.
+    /// Reads the 37 bytes and checks them against the validator's length: status 23 when a field is
+    /// missing, the format is not 2, `valid` is 0, or the user data area runs past the end.
     StatusCode Deserialize(MessageValidator& validator);
 };
 

@@ -42,56 +42,62 @@ public:
     FileMappedMemoryManager() = default;
     FileMappedMemoryManager(const FileMappedMemoryManager&) = delete;
     FileMappedMemoryManager& operator=(const FileMappedMemoryManager&) = delete;
-    // Releases the file as Close does.
+    /// Releases the file as Close does.
     ~FileMappedMemoryManager();
 
-    // Each Create and Open gives the address of the data area (file offset 17) and throws
-    // StatusCodeException on failure, with nothing left mapped:
-    //   47 Create while mapped; 17 Open while mapped; 22 file shorter than 17 bytes;
-    //   23 clean flag 0, or a Uuid other than `uuid`; 17 when another opener holds the file;
-    //   else the factory's status.
-    // A temporary file, under the temporary path and named by a new Uuid.
+    /// Each Create and Open gives the address of the data area (file offset 17) and throws
+    /// StatusCodeException on failure, with nothing left mapped:
+    ///   47 Create while mapped; 17 Open while mapped; 22 file shorter than 17 bytes;
+    ///   23 clean flag 0, or a Uuid other than `uuid`; 17 when another opener holds the file;
+    ///   else the factory's status.
+    /// A temporary file, under the temporary path and named by a new Uuid.
     unsigned char* Create(std::uint32_t dataSize);
-    // A new file that takes the name `name` only at Publish.
+    ///@{
+    /// A new file that takes the name `name` only at Publish.
     unsigned char* Create(const std::string& name, std::uint32_t dataSize, const Uuid& uuid);
     unsigned char* Open(const std::string& name);
     unsigned char* Open(const std::string& name, const Uuid& uuid);
-    // Puts a file made by the named Create in place under its name, complete as the owner has
-    // written it: clean flag 1 while it is synced and renamed, so that a kill from here on leaves a
-    // file that opens, then 0 again. Throws StatusCodeException, 17 when another opener holds a
-    // file of that name, which stays as it was; the owner then closes this manager, and the part
-    // file goes. Nothing to do for an opened or temporary file.
+    ///@}
+    /// Puts a file made by the named Create in place under its name, complete as the owner has
+    /// written it: clean flag 1 while it is synced and renamed, so that a kill from here on leaves a
+    /// file that opens, then 0 again. Throws StatusCodeException, 17 when another opener holds a
+    /// file of that name, which stays as it was; the owner then closes this manager, and the part
+    /// file goes. Nothing to do for an opened or temporary file.
     void Publish();
-    // Writes the data through, sets the clean flag and writes it through, and unmaps; nothing when
-    // nothing is mapped. A file never published is removed instead.
+    /// Writes the data through, sets the clean flag and writes it through, and unmaps; nothing when
+    /// nothing is mapped. A file never published is removed instead.
     void Close();
-    // Removes the mapped file from its directory while it is still held, then unmaps it without
-    // setting the clean flag: no other opener gets hold of it in between.
+    /// Removes the mapped file from its directory while it is still held, then unmaps it without
+    /// setting the clean flag: no other opener gets hold of it in between.
     void Discard();
-    // Writes the whole mapping through to the disk; throws StatusCodeException when the system
-    // can't, and 16 when nothing is mapped.
+    /// Writes the whole mapping through to the disk; throws StatusCodeException when the system
+    /// can't, and 16 when nothing is mapped.
     void Sync();
-    // Writes a copy of the mapping as it stands to `name`, with clean flag 1, as a replacement
-    // (File::CreateReplacement): status 16 when nothing is mapped, 23 when `name` is the mapped
-    // file itself, 17 when another opener holds `name`, else the status of the writing.
+    /// Writes a copy of the mapping as it stands to `name`, with clean flag 1, as a replacement
+    /// (File::CreateReplacement): status 16 when nothing is mapped, 23 when `name` is the mapped
+    /// file itself, 17 when another opener holds `name`, else the status of the writing.
     StatusCode SaveAs(const std::string& name) const;
 
-    // Grows the file and the mapping to `dataSize` bytes of data area and gives the data area's new
-    // address; keeps the mapping when it has that size already. Throws as IFileMappedMemory::Resize.
+    /// Grows the file and the mapping to `dataSize` bytes of data area and gives the data area's new
+    /// address; keeps the mapping when it has that size already. Throws as IFileMappedMemory::Resize.
     unsigned char* ResizeDataArea(std::uint32_t dataSize);
-    // Writes the first `size` bytes of the file through to the disk.
+    /// Writes the first `size` bytes of the file through to the disk.
     void Flush(std::uint32_t size);
 
-    // Reads or writes the Uuid in the header; neither touches the clean flag. SetUuid throws
-    // StatusCodeException 16 when nothing is mapped; GetUuid gives Uuid::Nil() then.
+    ///@{
+    /// Reads or writes the Uuid in the header; neither touches the clean flag. SetUuid throws
+    /// StatusCodeException 16 when nothing is mapped; GetUuid gives Uuid::Nil() then.
     void SetUuid(const Uuid& uuid);
     Uuid GetUuid() const;
+    ///@}
 
     bool IsMapped() const noexcept { return memory_ != nullptr; }
-    // Data area address and size; null and 0 when nothing is mapped.
+    ///@{
+    /// Data area address and size; null and 0 when nothing is mapped.
     unsigned char* GetDataArea() const noexcept { return header_ == nullptr ? nullptr : header_ + HeaderSize; }
     std::uint32_t GetDataSize() const noexcept;
     const std::string& GetName() const noexcept { return name_; }
+    ///@}
 
 private:
     unsigned char* CreateMapping(const std::string& name, std::uint32_t dataSize, const Uuid& uuid,

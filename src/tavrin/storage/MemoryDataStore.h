@@ -32,71 +32,79 @@ namespace Tavrin::Database {
 
 class MemoryDataStore : public DataStore {
 public:
-    // Sizes the store without mapping anything: the header, the user data area (what `userData`
-    // would write now; it can't grow later) and `initialEntries` entries of `recordSize` bytes.
-    // `userData` may be null (no user data). Throws DatabaseException 12 when a size can't be
-    // measured or the store would not fit a 32-bit file.
+    /// Sizes the store without mapping anything: the header, the user data area (what `userData`
+    /// would write now; it can't grow later) and `initialEntries` entries of `recordSize` bytes.
+    /// `userData` may be null (no user data). Throws DatabaseException 12 when a size can't be
+    /// measured or the store would not fit a 32-bit file.
     MemoryDataStore(UserDataStore* userData, std::uint32_t recordSize, std::uint32_t initialEntries,
                     std::uint32_t growEntries);
-    // Closes the store (with a save) if it is open.
+    /// Closes the store (with a save) if it is open.
     ~MemoryDataStore() override;
 
-    // Makes the file (named, or temporary under the temporary path) with the constructor's
-    // `initialEntries` free entries and writes its header and user data. A named file is made
-    // beside its name and takes it only when complete (FileMappedMemoryManager::Publish), so a
-    // failure or a kill leaves the former file, or none. Throws StatusCodeException: 47 when open
-    // already, 17 when another opener holds a file of that name (which stays), else the status of
-    // the mapping's failure.
+    ///@{
+    /// Makes the file (named, or temporary under the temporary path) with the constructor's
+    /// `initialEntries` free entries and writes its header and user data. A named file is made
+    /// beside its name and takes it only when complete (FileMappedMemoryManager::Publish), so a
+    /// failure or a kill leaves the former file, or none. Throws StatusCodeException: 47 when open
+    /// already, 17 when another opener holds a file of that name (which stays), else the status of
+    /// the mapping's failure.
     void Create(const std::string& fileName, const Uuid& uuid) override;
     void Create() override;
-    // As DataStore::Open, and also: 6 when the file does not exist; 21 for an extension of another
-    // format; 25 when the store type, user data size, record size or first entry offset differ from
-    // this object's; 23 when the entry stride or the file's length disagree with the header or the
-    // free list ends are out of range; the owner's status from DeserializeUserData. growEntries
-    // stays this object's. A file that ends in whole entries of zero bytes beyond the header's
-    // maxEntries was left by a process that died while growing it: those entries become free ones.
-    // A free list that runs into an entry in use, leaves the entries, goes round or misses a free
-    // entry is made again from the used flags, so a damaged list never stops Add.
-    // The whole header is checked before any of it is taken; a failed open leaves this object as
-    // it was, so a Create after it makes the store of the constructor's settings.
+    ///@}
+    /// As DataStore::Open, and also: 6 when the file does not exist; 21 for an extension of another
+    /// format; 25 when the store type, user data size, record size or first entry offset differ from
+    /// this object's; 23 when the entry stride or the file's length disagree with the header or the
+    /// free list ends are out of range; the owner's status from DeserializeUserData. growEntries
+    /// stays this object's. A file that ends in whole entries of zero bytes beyond the header's
+    /// maxEntries was left by a process that died while growing it: those entries become free ones.
+    /// A free list that runs into an entry in use, leaves the entries, goes round or misses a free
+    /// entry is made again from the used flags, so a damaged list never stops Add.
+    /// The whole header is checked before any of it is taken; a failed open leaves this object as
+    /// it was, so a Create after it makes the store of the constructor's settings.
     StatusCode Open(const std::string& fileName, const Uuid* uuid) override;
-    // Saves, then releases the file with clean flag 1; the save's status, 0 if not open.
+    /// Saves, then releases the file with clean flag 1; the save's status, 0 if not open.
     StatusCode Close() override;
-    // Saves, then copies the file to `fileName` (clean flag 1, same Uuid); the store stays open on
-    // its own file. Also a temporary store is saved first, so the copy is a complete store file.
+    /// Saves, then copies the file to `fileName` (clean flag 1, same Uuid); the store stays open on
+    /// its own file. Also a temporary store is saved first, so the copy is a complete store file.
     StatusCode SaveAs(const std::string& fileName) override;
-    // Makes every entry free again, ids from 0; the file keeps its size. Throws 16 when not open.
+    ///@{
+    /// Makes every entry free again, ids from 0; the file keeps its size. Throws 16 when not open.
     void Clear() override;
     StatusCode Add(std::uint32_t& id, const void* record) override;
     StatusCode Remove(std::uint32_t id) override;
     StatusCode Update(std::uint32_t id, const void* record) override;
     StatusCode Read(std::uint32_t id, void* buffer) override;
     StatusCode GetEntry(std::uint32_t id, unsigned char*& record) override;
-    // The used entries in id order, by a scan of every entry.
+    ///@}
+    ///@{
+    /// The used entries in id order, by a scan of every entry.
     StatusCode GetFirst(std::uint32_t& id, unsigned char*& record) override;
     StatusCode GetNext(std::uint32_t& id, unsigned char*& record) override;
     std::uint32_t GetCurrentEntries() const override { return header_.currentEntries; }
     std::uint32_t GetMaxEntries() const override { return header_.maxEntries; }
     bool IsTemporary() const override { return temporary_; }
-    // Saves the header and user data, then writes the whole file through to the disk.
+    ///@}
+    ///@{
+    /// Saves the header and user data, then writes the whole file through to the disk.
     StatusCode Sync() override;
     void Discard() override;
+    ///@}
 
-    // Writes the user data and the whole header into the mapping: 16 when not open, 0 without a
-    // write for a temporary store, else the status of the header's write. When the owner's data
-    // does not fit, `valid` is written as 0 and the next Open fails with 23.
+    /// Writes the user data and the whole header into the mapping: 16 when not open, 0 without a
+    /// write for a temporary store, else the status of the header's write. When the owner's data
+    /// does not fit, `valid` is written as 0 and the next Open fails with 23.
     StatusCode Flush();
-    // The name given to Create or Open; empty for a temporary store.
+    /// The name given to Create or Open; empty for a temporary store.
     const std::string& GetFileName() const noexcept { return fileName_; }
 
-    // GetEntry for the hot loops of an owner: the record of entry `id` when the store is open and
-    // the entry in use, else null. Inline and non-virtual; the same checks as GetEntry.
+    /// GetEntry for the hot loops of an owner: the record of entry `id` when the store is open and
+    /// the entry in use, else null. Inline and non-virtual; the same checks as GetEntry.
     unsigned char* FindUsedEntry(std::uint32_t id) const noexcept {
         if (data_ == nullptr || !IsUsed(id)) return nullptr;
         return EntryAt(id) + MemoryDataStoreHeader::EntryFrontSize;
     }
-    // Asks the processor to start loading entry `id` for a read that comes soon; reads nothing, so
-    // any id is harmless.
+    /// Asks the processor to start loading entry `id` for a read that comes soon; reads nothing, so
+    /// any id is harmless.
     void PrefetchEntry(std::uint32_t id) const noexcept {
         if (data_ != nullptr && id < header_.maxEntries) __builtin_prefetch(EntryAt(id));
     }
@@ -108,12 +116,14 @@ private:
     std::uint32_t CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const;
     std::uint32_t SurplusEntries(std::uint32_t maxEntries) const;
     void FinishGrowth(std::uint32_t surplus) noexcept;
-    // Sets currentEntries to the number of entries whose used flag is set.
+    /// Sets currentEntries to the number of entries whose used flag is set.
     void RecountEntries() noexcept;
-    // Makes the free list again from the used flags when it does not lead through exactly the
-    // entries not in use; runs after RecountEntries.
+    ///@{
+    /// Makes the free list again from the used flags when it does not lead through exactly the
+    /// entries not in use; runs after RecountEntries.
     void RelinkFreeEntries() noexcept;
     StatusCode Save();
+    ///@}
 
     unsigned char* EntryAt(std::uint32_t id) const noexcept {
         return data_ + extension_.firstEntryOffset + static_cast<std::size_t>(id) * extension_.entryStride;
@@ -126,11 +136,13 @@ private:
     void LinkEntries(std::uint32_t first, std::uint32_t count) noexcept;
     void Grow() noexcept;
 
-    // Each sets a header field and writes it through to the mapping.
+    ///@{
+    /// Each sets a header field and writes it through to the mapping.
     void SetCurrentEntries(std::uint32_t value) noexcept;
     void SetMaxEntries(std::uint32_t value) noexcept;
     void SetFreeHead(std::int32_t value) noexcept;
     void SetFreeTail(std::int32_t value) noexcept;
+    ///@}
 
     MemoryDataStoreHeader extension_;
     UserDataStore* userData_;  // not owned

@@ -45,13 +45,13 @@ struct MemoryDataStoreHeader {
     std::int32_t freeHead = NoEntry;
     std::int32_t freeTail = NoEntry;
 
-    // Appends the 17 bytes of the extension.
+    /// Appends the 17 bytes of the extension.
     StatusCode Serialize(MessageBuilder& builder) const;
-    // Reads the extension: 21 for a format byte other than 2, 23 when it is cut short.
+    /// Reads the extension: 21 for a format byte other than 2, 23 when it is cut short.
     StatusCode Deserialize(MessageValidator& validator);
 };
 
-// The whole header of a memory store, in file order.
+/// The whole header of a memory store, in file order.
 struct MemoryStoreHeaders {
     const DataStoreHeader& common;
     const MemoryDataStoreHeader& extension;

@@ -16,12 +16,12 @@ public:
     UserDataStore& operator=(const UserDataStore&) = default;
     virtual ~UserDataStore() = default;
 
-    // Appends the owner's data; a status other than 0 when it does not fit.
+    /// Appends the owner's data; a status other than 0 when it does not fit.
     virtual StatusCode SerializeUserData(MessageBuilder& builder) {
         static_cast<void>(builder);
         return Status::Success;
     }
-    // Reads the owner's data back and checks it against the owner; 0 when it agrees.
+    /// Reads the owner's data back and checks it against the owner; 0 when it agrees.
     virtual StatusCode DeserializeUserData(MessageValidator& validator) {
         static_cast<void>(validator);
         return Status::Success;

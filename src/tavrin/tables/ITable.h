@@ -48,31 +48,38 @@ public:
     ITable& operator=(const ITable&) = delete;
     virtual ~ITable() { identityToken_.Revoke(); }
 
-    // Record file.
+    ///@{
+    /// Record file.
     virtual void CreateRecordFile() = 0;
     virtual StatusCode OpenRecordFile() = 0;
     virtual StatusCode CloseRecordFile() = 0;
-    // Writes the record file and every index file through to the disk (msync), with the store's
-    // header and description saved first. What a completed call wrote survives the death of the
-    // process anyway; what survives a power loss is what came before the last Sync or orderly
-    // close. 0, also for a table without files (in memory); 16 when the record file is not open;
-    // 13 for a table without a store (remote); else the status of the write that failed. Holds
-    // the mutex.
+    ///@}
+    ///@{
+    /// Writes the record file and every index file through to the disk (msync), with the store's
+    /// header and description saved first. What a completed call wrote survives the death of the
+    /// process anyway; what survives a power loss is what came before the last Sync or orderly
+    /// close. 0, also for a table without files (in memory); 16 when the record file is not open;
+    /// 13 for a table without a store (remote); else the status of the write that failed. Holds
+    /// the mutex.
     virtual StatusCode Sync() = 0;
     virtual StatusCode Convert() = 0;
     virtual StatusCode SaveAs(const std::string& directory) = 0;
     virtual StatusCode CopyFiles(const std::string& source, const std::string& destination) = 0;
+    ///@}
 
-    // Indexes.
+    ///@{
+    /// Indexes.
     virtual void CreateIndexes(std::vector<IndexSpecification>& specifications) = 0;
     virtual void CreateTemporaryIndex(IndexSpecification& specification) = 0;
+    ///@}
 
     virtual ITable* Clone(const std::string& directory, bool createMutex, bool copyRecords,
                           std::uint32_t batchSize) = 0;
     virtual StatusCode Clear() = 0;
     virtual StatusCode CopyRecords(ITable* source, bool clearFirst, std::uint32_t batchSize) = 0;
 
-    // Messages.
+    ///@{
+    /// Messages.
     virtual StatusCode SerializeSpecification(MessageBuilder& builder) = 0;
     virtual StatusCode SerializeRecords(MessageBuilder& builder, const std::vector<unsigned char>& statuses,
                                         const std::vector<Record>& records) = 0;
@@ -84,16 +91,20 @@ public:
                                          std::uint32_t& second) = 0;
     virtual StatusCode DeserializeRecords(MessageValidator& validator, std::vector<Record>& records) = 0;
     virtual StatusCode DeserializeKeys(MessageValidator& validator, std::vector<Key>& keys) = 0;
+    ///@}
 
-    // Writes.
+    ///@{
+    /// Writes.
     virtual StatusCode ResetRecord(Record& record) = 0;
     virtual StatusCode WriteRecord(Record& record, Record& previous) = 0;
     virtual StatusCode WriteRecord(Record& record, const std::vector<std::uint16_t>& fieldIds) = 0;
     virtual StatusCode WriteRecord(Record& record) = 0;
     virtual StatusCode RemoveRecord(Key& key, Record& removed) = 0;
     virtual StatusCode RemoveRecord(Key& key) = 0;
+    ///@}
 
-    // Reads by key.
+    ///@{
+    /// Reads by key.
     virtual StatusCode GetEqual(std::vector<Key>& keys, std::vector<unsigned char>& statuses,
                                 std::vector<Record>& records) = 0;
     virtual StatusCode GetEqual(Key& key, Record& record) = 0;
@@ -118,19 +129,23 @@ public:
                                         std::uint32_t length, std::uint32_t maxRecords) = 0;
     virtual StatusCode GetPreviousEqual(Key& key, Record& record, std::uint16_t fieldId,
                                         std::uint32_t length) = 0;
+    ///@}
 
-    // Reads in store order.
+    ///@{
+    /// Reads in store order.
     virtual StatusCode GetFirstRecord(std::uint32_t& recordId, std::vector<Record>& records,
                                       std::uint32_t maxRecords) = 0;
     virtual StatusCode GetFirstRecord(std::uint32_t& recordId, Record& record) = 0;
     virtual StatusCode GetNextRecord(std::uint32_t& recordId, std::vector<Record>& records,
                                      std::uint32_t maxRecords) = 0;
     virtual StatusCode GetNextRecord(std::uint32_t& recordId, Record& record) = 0;
+    ///@}
 
     virtual StatusCode BuildRecord(Record& record, std::uint16_t indexNumber, const KeyValueList& values) = 0;
     virtual void CheckIntegrity() = 0;
 
-    // Accessors. The field list belongs to the table; the caller must not delete it.
+    ///@{
+    /// Accessors. The field list belongs to the table; the caller must not delete it.
     virtual FieldList* GetFieldList() = 0;
     virtual TableSpecification GetSpecification() = 0;
     virtual bool GetMatchingFields(const FieldSpecification& pattern, std::vector<std::uint16_t>& fieldIds) = 0;
@@ -161,12 +176,13 @@ public:
     virtual bool IsSameBinding(const FieldListObject& left, const FieldListObject& right) = 0;
     virtual bool HasField(std::uint16_t id) = 0;
     virtual bool IsManaged() = 0;
+    ///@}
 
-    // The token that bound records and keys copy (records/IdentityToken.h).
+    /// The token that bound records and keys copy (records/IdentityToken.h).
     const IdentityToken& GetIdentityToken() const noexcept { return identityToken_; }
 
 protected:
-    // Gives the table a new token: every record and key bound so far stops being initialized.
+    /// Gives the table a new token: every record and key bound so far stops being initialized.
     void RenewIdentityToken() {
         identityToken_.Revoke();
         identityToken_ = IdentityToken::Issue(this);

@@ -32,19 +32,23 @@ namespace Tavrin::Database {
 
 class ManagedTableFactory : public Tavrin::Singleton<ManagedTableFactory> {
 public:
-    // A table without files: it lives in a temporary mapped file.
+    ///@{
+    /// A table without files: it lives in a temporary mapped file.
     ITable* Create(const std::string& name, std::uint32_t properties, const FieldSpecification* const fields,
                    std::uint32_t numberOfFields, std::uint32_t maxRecords, std::uint32_t growRecords,
                    std::uint32_t cacheSize) const;
     ITable* Create(const std::string& name, std::uint32_t properties, const std::vector<FieldSpecification>& fields,
                    std::uint32_t maxRecords, std::uint32_t growRecords, std::uint32_t cacheSize) const;
-    // A table whose files lie in `directory`.
+    ///@}
+    ///@{
+    /// A table whose files lie in `directory`.
     ITable* Create(const std::string& name, const std::string& directory, std::uint32_t properties,
                    const FieldSpecification* const fields, std::uint32_t numberOfFields, std::uint32_t maxRecords,
                    std::uint32_t growRecords, std::uint32_t cacheSize) const;
     ITable* Create(const std::string& name, const std::string& directory, std::uint32_t properties,
                    const std::vector<FieldSpecification>& fields, std::uint32_t maxRecords,
                    std::uint32_t growRecords, std::uint32_t cacheSize) const;
+    ///@}
 
 private:
     friend class Tavrin::Singleton<ManagedTableFactory>;

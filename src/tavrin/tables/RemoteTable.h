@@ -32,20 +32,20 @@ private:
     friend class RemoteTableFactory;
 
     RemoteTable() = default;
-    // Reads the table description, the number of indexes and each index description, then builds
-    // the mutex, the field list and the indexes, and appends the indexes under the mutex, taking
-    // index numbers as they come.
-    // A short or malformed message throws StatusCodeException with its status (23, 21 for a newer
-    // version, or a status of the specifications).
-    // The description is checked as one that a factory is given, before anything is made: 0
-    // records, no fields, or a record longer than TableSpecification::MaxRecordLength (64 MiB, the
-    // managed layout's length computed from the fields, or the unmanaged record length) throw
-    // DatabaseException 12 naming the table. The field list validates each field. Each index
-    // description passes IndexSpecification::Validate and the checks a table makes when it creates
-    // an index (CheckNewIndex: a repeated name, a second primary unique index, no key fields, an
-    // unknown type), and Index's constructor refuses a key field the table lacks; each throws what
-    // it throws there. DatabaseException 4 when an index can't be allocated. So every accessor that
-    // rebuilds a description (GetIndexSpecificationList, SerializeSpecification) works on the result.
+    /// Reads the table description, the number of indexes and each index description, then builds
+    /// the mutex, the field list and the indexes, and appends the indexes under the mutex, taking
+    /// index numbers as they come.
+    /// A short or malformed message throws StatusCodeException with its status (23, 21 for a newer
+    /// version, or a status of the specifications).
+    /// The description is checked as one that a factory is given, before anything is made: 0
+    /// records, no fields, or a record longer than TableSpecification::MaxRecordLength (64 MiB, the
+    /// managed layout's length computed from the fields, or the unmanaged record length) throw
+    /// DatabaseException 12 naming the table. The field list validates each field. Each index
+    /// description passes IndexSpecification::Validate and the checks a table makes when it creates
+    /// an index (CheckNewIndex: a repeated name, a second primary unique index, no key fields, an
+    /// unknown type), and Index's constructor refuses a key field the table lacks; each throws what
+    /// it throws there. DatabaseException 4 when an index can't be allocated. So every accessor that
+    /// rebuilds a description (GetIndexSpecificationList, SerializeSpecification) works on the result.
     void Construct(MessageValidator& validator);
 
     bool managed_ = false;

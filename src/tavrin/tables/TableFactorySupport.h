@@ -21,23 +21,23 @@
 
 namespace Tavrin::Database::TableFactorySupport {
 
-// The step of an array form: DatabaseException 12 "invalid field list for table <name>" for a null
-// array or a count of 0, else the array as a vector for the vector form.
+/// The step of an array form: DatabaseException 12 "invalid field list for table <name>" for a null
+/// array or a count of 0, else the array as a vector for the vector form.
 std::vector<FieldSpecification> FieldArrayToVector(ThrowSite site, const std::string& name,
                                                    const FieldSpecification* fields, std::uint32_t numberOfFields);
 
-// The checks of a vector form, in order, each DatabaseException 12: no records, no fields, in the
-// forms with a directory an empty one, and a record longer than TableSpecification::MaxRecordLength
-// ("record length <length> of table <name> passes the limit of <limit> bytes"). The record length
-// is the managed layout's data length of the fields, or the unmanaged record length, computed in
-// 64 bits before any field list exists; the fields themselves are validated by the list.
+/// The checks of a vector form, in order, each DatabaseException 12: no records, no fields, in the
+/// forms with a directory an empty one, and a record longer than TableSpecification::MaxRecordLength
+/// ("record length <length> of table <name> passes the limit of <limit> bytes"). The record length
+/// is the managed layout's data length of the fields, or the unmanaged record length, computed in
+/// 64 bits before any field list exists; the fields themselves are validated by the list.
 void CheckSettings(ThrowSite site, const Table::Settings& settings, bool managed);
 
-// DatabaseException 8 for a table that could not be allocated; "<name>" in the forms with a
-// directory, no message in the others.
+/// DatabaseException 8 for a table that could not be allocated; "<name>" in the forms with a
+/// directory, no message in the others.
 [[noreturn]] void ThrowAllocationFailure(ThrowSite site, const Table::Settings& settings);
 
-// Takes ownership of `allocated` (null when the allocation failed) and runs `construct` on it.
+/// Takes ownership of `allocated` (null when the allocation failed) and runs `construct` on it.
 template <class T, class Construct>
 ITable* ConstructTable(ThrowSite site, const Table::Settings& settings, T* allocated, Construct construct) {
     std::unique_ptr<T> table(allocated);

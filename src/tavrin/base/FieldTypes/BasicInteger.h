@@ -25,13 +25,15 @@ public:
         value_ = value;
         defined = true;
     }
-    // REQUIRES: defined.
+    /// REQUIRES: defined.
     T Get() const noexcept { return value_; }
 
-    // Whether `value` fits an integer field `width` bytes wide (1, 2, 4 or 8).
+    ///@{
+    /// Whether `value` fits an integer field `width` bytes wide (1, 2, 4 or 8).
     static bool Fits(T value, std::uint32_t width) noexcept;
     static bool IsWidth(std::uint32_t width) noexcept { return width == 1 || width == 2 || width == 4 || width == 8; }
-    // Reads a body of width 1, 2, 4 or 8.
+    ///@}
+    /// Reads a body of width 1, 2, 4 or 8.
     static T Decode(const void* data, std::uint32_t width) noexcept;
 
     void Reset() override { defined = false; }

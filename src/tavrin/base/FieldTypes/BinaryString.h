@@ -30,11 +30,13 @@ public:
     BinaryString& operator=(const BinaryString&) = delete;
     ~BinaryString() override = default;
 
-    // Status 41 if memory runs out; the value is then unchanged. `data` may point into this value.
+    ///@{
+    /// Status 41 if memory runs out; the value is then unchanged. `data` may point into this value.
     StatusCode Set(const void* data, std::uint32_t length);
     const unsigned char* GetData() const noexcept { return heap_ ? heap_.get() : inline_; }
     std::uint32_t GetLength() const noexcept { return length_; }
-    // Bytes that the current buffer holds: InlineCapacity until a value needed the heap.
+    ///@}
+    /// Bytes that the current buffer holds: InlineCapacity until a value needed the heap.
     std::uint32_t GetCapacity() const noexcept { return heap_ ? heapCapacity_ : InlineCapacity; }
 
     void Reset() override;
@@ -50,7 +52,7 @@ public:
     std::uint32_t GetLengthAndBodySize() const override { return defined ? length_ + 1 : 0; }
     std::uint32_t GetBodySize() const override { return defined ? length_ : 0; }
     StatusCode IsDifferent(const void* data, std::uint32_t length, bool& different) const override;
-    // With `printable` the bytes as characters, else as ToString().
+    /// With `printable` the bytes as characters, else as ToString().
     std::string ToString(bool printable) const;
 
 protected:

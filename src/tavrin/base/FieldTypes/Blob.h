@@ -36,19 +36,23 @@ public:
     Blob& operator=(const Blob&) = delete;
     ~Blob() override = default;
 
-    // Status 41 if memory runs out; the value is then unchanged.
+    /// Status 41 if memory runs out; the value is then unchanged.
     StatusCode Set(const void* data, std::uint32_t length);
-    // GetData is null while nothing was ever stored.
+    ///@{
+    /// GetData is null while nothing was ever stored.
     const unsigned char* GetData() const noexcept { return data_.get(); }
     std::uint32_t GetLength() const noexcept { return length_; }
-    // Bytes that the two arrays can hold.
+    ///@}
+    ///@{
+    /// Bytes that the two arrays can hold.
     std::uint32_t GetCapacity() const noexcept { return dataCapacity_; }
     std::uint32_t GetSpareCapacity() const noexcept { return spareCapacity_; }
+    ///@}
 
-    // Orders two Blob bodies by their data.
+    /// Orders two Blob bodies by their data.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    // Finds the data in a body; false if it is not one.
+    /// Finds the data in a body; false if it is not one.
     static bool Decode(const void* body, std::uint32_t length, const unsigned char*& data,
                        std::uint32_t& dataLength) noexcept;
 
@@ -62,7 +66,7 @@ public:
     StatusCode DeserializeBody(const void* data, std::uint32_t length) override;
     std::uint32_t GetBodySize() const override { return defined ? GetHeaderSize() + length_ : 0; }
     StatusCode IsDifferent(const void* data, std::uint32_t length, bool& different) const override;
-    // With `printable` the data as characters, else as ToString().
+    /// With `printable` the data as characters, else as ToString().
     std::string ToString(bool printable) const;
 
 protected:
@@ -71,14 +75,16 @@ protected:
     explicit Blob(std::uint8_t typeNumber) noexcept : IFieldType(typeNumber) {}
     StatusCode ConvertFrom(const IFieldType& other) override;
 
-    // What a derived class puts before the data, and how it finds the data in a body.
+    ///@{
+    /// What a derived class puts before the data, and how it finds the data in a body.
     virtual std::uint32_t GetHeaderSize() const noexcept { return HeaderSize; }
     virtual void EncodeHeader(unsigned char* header) const noexcept;
     virtual DecodeFunction GetDecoder() const noexcept { return &Blob::Decode; }
-    // Called after every change of the data.
+    ///@}
+    /// Called after every change of the data.
     virtual void OnDataChanged() noexcept {}
 
-    // The static Compare of a class, given its decoder.
+    /// The static Compare of a class, given its decoder.
     static StatusCode CompareBodies(DecodeFunction decode, const void* a, std::uint32_t lengthA, const void* b,
                                     std::uint32_t lengthB, int& result);
 

@@ -23,14 +23,14 @@ constexpr int CompareValues(T a, T b) noexcept {
     return a < b ? -1 : (b < a ? 1 : 0);
 }
 
-// Unsigned bytes over the shorter length; on an equal prefix the shorter value orders first.
+/// Unsigned bytes over the shorter length; on an equal prefix the shorter value orders first.
 inline int CompareBytes(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB) noexcept {
     const std::uint32_t common = lengthA < lengthB ? lengthA : lengthB;
     const int bytes = common == 0 ? 0 : std::memcmp(a, b, common);
     return bytes != 0 ? Sign(bytes) : CompareValues(lengthA, lengthB);
 }
 
-// Orders two bodies of which at least one did not decode, sets `result` and returns status 23.
+/// Orders two bodies of which at least one did not decode, sets `result` and returns status 23.
 inline StatusCode CompareUndecodable(bool validA, const void* a, std::uint32_t lengthA, bool validB,
                                      const void* b, std::uint32_t lengthB, int& result) noexcept {
     if (validA != validB) {
@@ -42,9 +42,9 @@ inline StatusCode CompareUndecodable(bool validA, const void* a, std::uint32_t l
     return Status::Invalid;
 }
 
-// The frame of every body compare function: decodes both bodies with `decode(body, length, value)`
-// and orders the values with `order(valueA, valueB)`, or, if either does not decode, orders them by
-// CompareUndecodable.
+/// The frame of every body compare function: decodes both bodies with `decode(body, length, value)`
+/// and orders the values with `order(valueA, valueB)`, or, if either does not decode, orders them by
+/// CompareUndecodable.
 template <class Value, class Decode, class OrderValues>
 StatusCode CompareDecoded(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB, int& result,
                           Decode decode, OrderValues order) {
@@ -57,8 +57,8 @@ StatusCode CompareDecoded(const void* a, std::uint32_t lengthA, const void* b, s
     return Status::Success;
 }
 
-// Orders a value that a fixed-size field holds padded with zero bytes to `length` (cut if longer)
-// against that field's bytes, as the byte rule orders the padded form.
+/// Orders a value that a fixed-size field holds padded with zero bytes to `length` (cut if longer)
+/// against that field's bytes, as the byte rule orders the padded form.
 inline int ComparePadded(const void* value, std::uint32_t valueLength, const void* data,
                          std::uint32_t length) noexcept {
     if (valueLength >= length) return CompareBytes(value, valueLength, data, length);
@@ -71,7 +71,7 @@ inline int ComparePadded(const void* value, std::uint32_t valueLength, const voi
     return 0;
 }
 
-// Whether the padded form of a value equals a field's bytes.
+/// Whether the padded form of a value equals a field's bytes.
 inline bool IsPaddedEqual(const void* value, std::uint32_t valueLength, const void* data,
                           std::uint32_t length) noexcept {
     return valueLength <= length && ComparePadded(value, valueLength, data, length) == 0;

@@ -21,14 +21,14 @@ public:
 
     CrcBlob() noexcept : Blob(FieldTypeNumber::CrcBlob) {}
 
-    // The CRC-32 of the current data.
+    /// The CRC-32 of the current data.
     std::uint32_t GetCrc() const noexcept { return crc_; }
 
     static std::uint32_t ComputeCrc(const void* data, std::uint32_t length) noexcept;
-    // Orders two CrcBlob bodies by their data.
+    /// Orders two CrcBlob bodies by their data.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    // Finds the data in a body and checks its CRC; false if it is not a body or the CRC differs.
+    /// Finds the data in a body and checks its CRC; false if it is not a body or the CRC differs.
     static bool Decode(const void* body, std::uint32_t length, const unsigned char*& data,
                        std::uint32_t& dataLength) noexcept;
 

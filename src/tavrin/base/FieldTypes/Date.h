@@ -26,22 +26,28 @@ public:
 
     Date() noexcept : IFieldType(FieldTypeNumber::Date) {}
 
-    // Status 23 unless the arguments form a date of years 1 to 9999.
+    ///@{
+    /// Status 23 unless the arguments form a date of years 1 to 9999.
     StatusCode Set(int year, unsigned month, unsigned day);
     StatusCode Set(std::chrono::year_month_day date);
-    // REQUIRES: defined.
+    ///@}
+    ///@{
+    /// REQUIRES: defined.
     std::chrono::year_month_day GetYearMonthDay() const;
     std::uint32_t GetDayNumber() const noexcept { return dayNumber_; }
+    ///@}
 
-    // Orders two Date bodies by date.
+    /// Orders two Date bodies by date.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    // Decodes a body; false if it is not one.
+    /// Decodes a body; false if it is not one.
     static bool Decode(const void* data, std::uint32_t length, std::uint32_t& dayNumber) noexcept;
-    // The text form of a day number, and its reverse for use inside longer text forms.
+    ///@{
+    /// The text form of a day number, and its reverse for use inside longer text forms.
     static std::string Format(std::uint32_t dayNumber);
     static bool Parse(TextScanner& scanner, std::uint32_t& dayNumber);
     static bool FromYearMonthDay(std::chrono::year_month_day date, std::uint32_t& dayNumber) noexcept;
+    ///@}
 
     void Reset() override { defined = false; }
     void Clear() override { defined = false; }
@@ -58,7 +64,7 @@ public:
     std::uint32_t GetLengthAndBodySize() const override { return GetBodySize(); }
     std::uint32_t GetBodySize() const override { return defined ? BodySize : 0; }
 
-    // Sets the day number directly; REQUIRES: dayNumber <= MaxDayNumber.
+    /// Sets the day number directly; REQUIRES: dayNumber <= MaxDayNumber.
     void SetDayNumber(std::uint32_t dayNumber) noexcept;
 
 protected:

@@ -24,16 +24,18 @@ public:
 
     DateTime() noexcept : IFieldType(FieldTypeNumber::DateTime) {}
 
-    // Status 14 unless both parts are defined.
+    /// Status 14 unless both parts are defined.
     StatusCode Set(const Date& date, const Time& time);
-    // Status 23 outside years 1 to 9999.
+    ///@{
+    /// Status 23 outside years 1 to 9999.
     StatusCode Set(std::chrono::sys_time<std::chrono::milliseconds> instant);
     const Date& GetDate() const noexcept { return date_; }
     const Time& GetTime() const noexcept { return time_; }
-    // REQUIRES: defined.
+    ///@}
+    /// REQUIRES: defined.
     std::chrono::sys_time<std::chrono::milliseconds> GetSysTime() const;
 
-    // Orders two DateTime bodies by date, then time.
+    /// Orders two DateTime bodies by date, then time.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
 

@@ -12,8 +12,8 @@ namespace Tavrin {
 
 class FieldTypeFactory : public Singleton<FieldTypeFactory> {
 public:
-    // A new, undefined object of the class with base type number `number`, owned by the caller;
-    // null for a number without a class (13 and above) or if memory runs out.
+    /// A new, undefined object of the class with base type number `number`, owned by the caller;
+    /// null for a number without a class (13 and above) or if memory runs out.
     IFieldType* Create(std::uint8_t number) const;
 
 private:

@@ -43,12 +43,12 @@ inline constexpr std::uint8_t BinaryString = 9;
 inline constexpr std::uint8_t BinaryArray = 10;
 inline constexpr std::uint8_t Blob = 11;
 inline constexpr std::uint8_t CrcBlob = 12;
-// 13 is a number of the base library without a class here; numbers from 14 on are unknown.
+/// 13 is a number of the base library without a class here; numbers from 14 on are unknown.
 inline constexpr std::uint8_t Count = 14;
 }  // namespace FieldTypeNumber
 
-// Orders two bodies of one class: result below, equal to or above 0. Status 23 when a body does not
-// decode; the result is set all the same (see each class for where undecodable bodies stand).
+/// Orders two bodies of one class: result below, equal to or above 0. Status 23 when a body does not
+/// decode; the result is set all the same (see each class for where undecodable bodies stand).
 using BodyCompareFunction = StatusCode (*)(const void* a, std::uint32_t lengthA, const void* b,
                                            std::uint32_t lengthB, int& result);
 
@@ -59,43 +59,43 @@ public:
 
     virtual ~IFieldType() = default;
 
-    // Makes the value undefined; keeps allocated buffers.
+    /// Makes the value undefined; keeps allocated buffers.
     virtual void Reset() = 0;
-    // Makes the value undefined and gives allocated buffers back.
+    /// Makes the value undefined and gives allocated buffers back.
     virtual void Clear() = 0;
-    // Compares this value with a body of the same class: result below 0 when this value orders
-    // first. Status 14 if this value is undefined, 23 if the body does not decode (result then 1).
+    /// Compares this value with a body of the same class: result below 0 when this value orders
+    /// first. Status 14 if this value is undefined, 23 if the body does not decode (result then 1).
     virtual StatusCode Compare(const void* data, std::uint32_t length, int& result) const = 0;
-    // Takes the value of `other` where a conversion exists, else 28. Every class converts from its
-    // own class and from the text classes: by FromString of their text, except the byte classes,
-    // which take the text's bytes. Each class lists its other conversions.
-    // An undefined `other` makes this value undefined; a null one is 23.
+    /// Takes the value of `other` where a conversion exists, else 28. Every class converts from its
+    /// own class and from the text classes: by FromString of their text, except the byte classes,
+    /// which take the text's bytes. Each class lists its other conversions.
+    /// An undefined `other` makes this value undefined; a null one is 23.
     virtual StatusCode Convert(const IFieldType* other);
-    // The text form; empty for an undefined value.
+    /// The text form; empty for an undefined value.
     virtual std::string ToString() const = 0;
-    // Reads the text form from all characters left in `text`. 23 if they are not a valid text form;
-    // the value is then unchanged.
+    /// Reads the text form from all characters left in `text`. 23 if they are not a valid text form;
+    /// the value is then unchanged.
     virtual StatusCode FromString(MessageValidator& text) = 0;
-    // Describes the text that FromString takes.
+    /// Describes the text that FromString takes.
     virtual std::string GetFromStringFormat() const = 0;
-    // Appends the message form: a byte 1 and the length-and-body form, or a byte 0 if undefined.
+    /// Appends the message form: a byte 1 and the length-and-body form, or a byte 0 if undefined.
     virtual StatusCode Serialize(MessageBuilder& builder, std::uint32_t options) const;
-    // Writes the body into `buffer` of `size` bytes and sets `written`. 14 if undefined, 22 if the
-    // body does not fit.
+    /// Writes the body into `buffer` of `size` bytes and sets `written`. 14 if undefined, 22 if the
+    /// body does not fit.
     virtual StatusCode SerializeBody(void* buffer, std::uint32_t size, std::uint32_t& written) const = 0;
-    // Appends the length-and-body form. 14 if undefined.
+    /// Appends the length-and-body form. 14 if undefined.
     virtual StatusCode SerializeLengthAndBody(MessageBuilder& builder, std::uint32_t options) const;
-    // Reads the message form written by Serialize.
+    /// Reads the message form written by Serialize.
     virtual StatusCode Deserialize(MessageValidator& validator, std::uint32_t options);
-    // Takes the value from a body and marks it defined; 23 (or 22) if the body does not decode.
+    /// Takes the value from a body and marks it defined; 23 (or 22) if the body does not decode.
     virtual StatusCode DeserializeBody(const void* data, std::uint32_t length) = 0;
-    // Reads the length-and-body form.
+    /// Reads the length-and-body form.
     virtual StatusCode DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t options);
-    // Bytes of the length-and-body form. By default a 4-byte length and the body.
+    /// Bytes of the length-and-body form. By default a 4-byte length and the body.
     virtual std::uint32_t GetLengthAndBodySize() const;
-    // Bytes of the body; 0 for an undefined value.
+    /// Bytes of the body; 0 for an undefined value.
     virtual std::uint32_t GetBodySize() const = 0;
-    // Whether a body differs from this value's body byte for byte. 14 if this value is undefined.
+    /// Whether a body differs from this value's body byte for byte. 14 if this value is undefined.
     virtual StatusCode IsDifferent(const void* data, std::uint32_t length, bool& different) const;
 
 protected:
@@ -103,20 +103,20 @@ protected:
     IFieldType(const IFieldType&) = default;
     IFieldType& operator=(const IFieldType&) = default;
 
-    // The conversions of one class from a defined value of another: 28 where there is none.
+    /// The conversions of one class from a defined value of another: 28 where there is none.
     virtual StatusCode ConvertFrom(const IFieldType& other) = 0;
 
-    // Bodies up to this size are built on the stack by the helpers below.
+    /// Bodies up to this size are built on the stack by the helpers below.
     static constexpr std::uint32_t SmallBodyCapacity = 16;
 
-    // Compare for classes whose body fits SmallBodyCapacity: builds this value's body on the stack
-    // and orders it against `data` with the class's body compare function.
+    /// Compare for classes whose body fits SmallBodyCapacity: builds this value's body on the stack
+    /// and orders it against `data` with the class's body compare function.
     StatusCode CompareSmallBody(const void* data, std::uint32_t length, int& result,
                                 BodyCompareFunction compare) const;
-    // Appends the body alone: the length-and-body form of classes whose body tells its own length.
+    /// Appends the body alone: the length-and-body form of classes whose body tells its own length.
     StatusCode AppendBody(MessageBuilder& builder) const;
-    // Takes the next `bodyLength` bytes of the message as a body (DeserializeBody); 23 if the message
-    // is shorter.
+    /// Takes the next `bodyLength` bytes of the message as a body (DeserializeBody); 23 if the message
+    /// is shorter.
     StatusCode ReadBody(MessageValidator& validator, std::uint32_t bodyLength);
 };
 

@@ -44,40 +44,44 @@ public:
 
     Rational() noexcept : IFieldType(FieldTypeNumber::Rational) {}
 
-    // Status 23 for a numerator of INT64_MIN or a code of 30 or more. With an infinity code the
-    // numerator is stored as 0.
+    /// Status 23 for a numerator of INT64_MIN or a code of 30 or more. With an infinity code the
+    /// numerator is stored as 0.
     StatusCode Set(std::int64_t numerator, std::uint32_t denominator);
-    // Throws StatusCodeException 14 when undefined.
+    ///@{
+    /// Throws StatusCodeException 14 when undefined.
     std::int64_t GetNumerator() const;
     std::uint32_t GetDenominator() const {
         if (!defined) ThrowStatus("Tavrin::Rational::GetDenominator", Status::NotUsable);
         return denominator_;
     }
     bool IsInfinite() const noexcept { return denominator_ >= NegativeInfinity; }
-    // Compares the worth of two defined values; status 14 if either is undefined.
+    ///@}
+    /// Compares the worth of two defined values; status 14 if either is undefined.
     StatusCode Compare(const Rational& other, int& result) const;
 
-    // The number that a finite code stands for: 10^code or 2^(code-18).
+    /// The number that a finite code stands for: 10^code or 2^(code-18).
     static std::uint64_t DenominatorValue(std::uint32_t code) noexcept;
-    // Orders two Rational bodies by worth.
+    /// Orders two Rational bodies by worth.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    // A value as a body holds it.
+    /// A value as a body holds it.
     struct Worth {
         std::int64_t numerator;
         std::uint32_t denominator;
     };
-    // Decodes a body; false if it is not one.
+    /// Decodes a body; false if it is not one.
     static bool Decode(const void* data, std::uint32_t length, Worth& worth) noexcept;
-    // Orders two values by worth.
+    /// Orders two values by worth.
     static int CompareWorth(const Worth& a, const Worth& b) noexcept;
-    // The body length that a body's first byte announces.
+    /// The body length that a body's first byte announces.
     static std::uint32_t BodyLength(std::uint8_t firstByte) noexcept { return 1 + (1u << (firstByte >> 6)); }
-    // Writes a body for a valid value; returns its length (REQUIRES: size >= MaxBodySize or enough).
+    /// Writes a body for a valid value; returns its length (REQUIRES: size >= MaxBodySize or enough).
     static std::uint32_t Encode(std::int64_t numerator, std::uint32_t denominator, unsigned char* body) noexcept;
-    // The text form of a value, and its reverse for longer text forms.
+    ///@{
+    /// The text form of a value, and its reverse for longer text forms.
     static std::string Format(std::int64_t numerator, std::uint32_t denominator);
     static bool Parse(TextScanner& scanner, std::int64_t& numerator, std::uint32_t& denominator);
+    ///@}
 
     void Reset() override { defined = false; }
     void Clear() override { defined = false; }

@@ -33,25 +33,29 @@ public:
 
     TRational() noexcept : IFieldType(FieldTypeNumber::TRational) {}
 
-    // As Rational::Set; the trends stay.
+    /// As Rational::Set; the trends stay.
     StatusCode Set(std::int64_t numerator, std::uint32_t denominator);
-    // Takes the value of a Rational; status 14 if it is undefined. The trends stay.
+    ///@{
+    /// Takes the value of a Rational; status 14 if it is undefined. The trends stay.
     StatusCode Set(const Rational& value);
     const Rational& GetRational() const noexcept { return rational_; }
+    ///@}
 
     std::uint32_t GetValueTrend() const noexcept { return valueTrend_; }
     std::uint32_t GetReferenceTrend() const noexcept { return referenceTrend_; }
     std::uint32_t GetCustomTrend() const noexcept { return customTrend_; }
-    // Each setter: status 23 for a trend above 3.
+    ///@{
+    /// Each setter: status 23 for a trend above 3.
     StatusCode SetValueTrend(std::uint32_t trend);
     StatusCode SetReferenceTrend(std::uint32_t trend);
     StatusCode SetCustomTrend(std::uint32_t trend);
     StatusCode SetTrends(std::uint32_t valueTrend, std::uint32_t referenceTrend, std::uint32_t customTrend);
+    ///@}
 
-    // Orders two TRational bodies by the worth of their Rational.
+    /// Orders two TRational bodies by the worth of their Rational.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    // Decodes a body; false if it is not one.
+    /// Decodes a body; false if it is not one.
     static bool Decode(const void* data, std::uint32_t length, Rational::Worth& worth, std::uint8_t& trendByte) noexcept;
 
     void Reset() override;

@@ -15,21 +15,23 @@ class TextScanner {
 public:
     explicit TextScanner(std::string_view text) noexcept : text_(text) {}
 
-    // Takes all characters left in `validator` and moves it to its end.
+    /// Takes all characters left in `validator` and moves it to its end.
     static std::string_view TakeRest(MessageValidator& validator) noexcept;
 
     bool AtEnd() const noexcept { return position_ == text_.size(); }
     std::string_view Rest() const noexcept { return text_.substr(position_); }
 
-    // The next character if it is `c`.
+    /// The next character if it is `c`.
     bool Consume(char c) noexcept;
-    // The next characters if they are `word`.
+    /// The next characters if they are `word`.
     bool Consume(std::string_view word) noexcept;
-    // Exactly `count` decimal digits.
+    /// Exactly `count` decimal digits.
     bool ReadFixedDigits(unsigned count, std::uint32_t& value) noexcept;
-    // One or more decimal digits whose value is at most `maximum`; `digits` is how many were read.
+    ///@{
+    /// One or more decimal digits whose value is at most `maximum`; `digits` is how many were read.
     bool ReadUnsigned(std::uint64_t maximum, std::uint64_t& value, unsigned& digits) noexcept;
     bool ReadUnsigned(std::uint64_t maximum, std::uint64_t& value) noexcept;
+    ///@}
 
 private:
     std::string_view text_;
@@ -37,13 +39,13 @@ private:
 };
 
 namespace TextForms {
-// Two lowercase hexadecimal digits per byte.
+/// Two lowercase hexadecimal digits per byte.
 std::string ToHex(const unsigned char* data, std::uint32_t length);
-// The bytes, with every byte below 32 or from 127 up shown as ".".
+/// The bytes, with every byte below 32 or from 127 up shown as ".".
 std::string ToPrintable(const unsigned char* data, std::uint32_t length);
-// ToPrintable if `printable`, else ToHex.
+/// ToPrintable if `printable`, else ToHex.
 std::string BytesToText(const unsigned char* data, std::uint32_t length, bool printable);
-// Decodes hexadecimal digits (either case, two per byte) into `bytes`; false if `text` is not that.
+/// Decodes hexadecimal digits (either case, two per byte) into `bytes`; false if `text` is not that.
 bool FromHex(std::string_view text, std::string& bytes);
 }  // namespace TextForms
 

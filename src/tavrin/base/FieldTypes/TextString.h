@@ -20,9 +20,11 @@ class TextString : public IFieldType {
 public:
     TextString() noexcept : IFieldType(FieldTypeNumber::TextString) {}
 
-    // Status 41 if memory runs out.
+    ///@{
+    /// Status 41 if memory runs out.
     StatusCode Set(std::string_view text);
     const std::string& GetText() const noexcept { return text_; }
+    ///@}
 
     void Reset() override;
     void Clear() override;

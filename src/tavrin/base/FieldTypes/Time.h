@@ -32,29 +32,33 @@ public:
 
     Time() noexcept : IFieldType(FieldTypeNumber::Time) {}
 
-    // Status 23 unless hour < 24, minute < 60, second < 60 and millisecond < 1000.
+    /// Status 23 unless hour < 24, minute < 60, second < 60 and millisecond < 1000.
     StatusCode Set(unsigned hour, unsigned minute, unsigned second, unsigned millisecond = 0);
-    // Status 23 unless 0 <= sinceMidnight < 24 hours.
+    /// Status 23 unless 0 <= sinceMidnight < 24 hours.
     StatusCode Set(std::chrono::milliseconds sinceMidnight);
-    // The accessors REQUIRE: defined.
+    ///@{
+    /// The accessors REQUIRE: defined.
     unsigned GetHour() const noexcept { return hour_; }
     unsigned GetMinute() const noexcept { return minute_; }
     unsigned GetSecond() const noexcept { return second_; }
     unsigned GetMillisecond() const noexcept { return millisecond_; }
     std::chrono::milliseconds GetSinceMidnight() const noexcept;
+    ///@}
 
-    // Orders two Time bodies by time of day.
+    /// Orders two Time bodies by time of day.
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    // Decodes a body into milliseconds since midnight; false if it is not one.
+    /// Decodes a body into milliseconds since midnight; false if it is not one.
     static bool Decode(const void* data, std::uint32_t length, std::uint32_t& sinceMidnight) noexcept;
-    // The body length that a body's first byte announces.
+    /// The body length that a body's first byte announces.
     static std::uint32_t BodyLength(std::uint8_t firstByte) noexcept {
         return (firstByte & LongFormBit) != 0 ? LongBodySize : ShortBodySize;
     }
-    // The text form of milliseconds since midnight, and its reverse for longer text forms.
+    ///@{
+    /// The text form of milliseconds since midnight, and its reverse for longer text forms.
     static std::string Format(std::uint32_t sinceMidnight);
     static bool Parse(TextScanner& scanner, std::uint32_t& sinceMidnight);
+    ///@}
 
     void Reset() override { defined = false; }
     void Clear() override { defined = false; }

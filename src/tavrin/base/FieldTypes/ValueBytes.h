@@ -7,8 +7,8 @@
 
 namespace Tavrin {
 
-// The data of a BinaryString, BinaryArray, Blob or CrcBlob, or the characters of a TextString or
-// TextArray; false for any other class.
+/// The data of a BinaryString, BinaryArray, Blob or CrcBlob, or the characters of a TextString or
+/// TextArray; false for any other class.
 bool GetValueBytes(const IFieldType& value, const unsigned char*& data, std::uint32_t& length);
 
 }  // namespace Tavrin
