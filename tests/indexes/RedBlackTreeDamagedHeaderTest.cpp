@@ -52,17 +52,6 @@ std::vector<HeaderField> TreeFileFields() {
     return fields;
 }
 
-// As for any memory store (DamagedHeaderTest.cpp); root and sentinel only as they were.
-bool MayOpen(const HeaderField& field, std::uint32_t value, const std::vector<unsigned char>& original) {
-    const std::uint32_t maxEntries = DecodeU32(original.data() + 50);
-    if (value == ReadField(original, field) || field.name == "growEntries") return true;
-    if (field.name == "clean flag" || field.name == "valid") return value != 0;
-    if (field.name == "currentEntries") return value <= maxEntries;
-    if (field.name == "initialEntries") return value >= 1 && value <= maxEntries;
-    if (field.name == "freeHead" || field.name == "freeTail") return value == 0xFFFFFFFF || value < maxEntries;
-    return false;
-}
-
 std::vector<std::uint32_t> Sorted(std::vector<std::uint32_t> numbers) {
     std::sort(numbers.begin(), numbers.end());
     return numbers;

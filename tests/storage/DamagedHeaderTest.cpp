@@ -49,19 +49,6 @@ std::map<std::uint32_t, std::uint32_t> MakeStoreFile(const std::string& path) {
     return seeds;
 }
 
-// Whether Open may take the file with `field` set to `value`: it is the file's own value, or one that
-// does no harm: growEntries is the object's, currentEntries is counted again, initialEntries only
-// has to lie in [1, maxEntries], a free list end may name any entry or none.
-bool MayOpen(const HeaderField& field, std::uint32_t value, const std::vector<unsigned char>& original) {
-    const std::uint32_t maxEntries = DecodeU32(original.data() + 50);
-    if (value == ReadField(original, field) || field.name == "growEntries") return true;
-    if (field.name == "clean flag" || field.name == "valid") return value != 0;
-    if (field.name == "currentEntries") return value <= maxEntries;
-    if (field.name == "initialEntries") return value >= 1 && value <= maxEntries;
-    if (field.name == "freeHead" || field.name == "freeTail") return value == 0xFFFFFFFF || value < maxEntries;
-    return false;
-}
-
 // The records of the file are all there and nothing else; the scan ends; new records go in (the
 // store grows for them) and read back; the saved file opens again.
 void ExpectWorkingStore(MemoryDataStore& store, const std::map<std::uint32_t, std::uint32_t>& seeds,

@@ -46,4 +46,18 @@ inline std::vector<unsigned char> WithField(std::vector<unsigned char> bytes, co
     return bytes;
 }
 
+// Whether Open may take a store file with `field` set to `value`: it is the file's own value, or one
+// that does no harm: growEntries is the object's, currentEntries is counted again, initialEntries
+// only has to lie in [1, maxEntries], a free list end may name any entry or none. Any other field
+// (a tree's root and sentinel among them) only as it was.
+inline bool MayOpen(const HeaderField& field, std::uint32_t value, const std::vector<unsigned char>& original) {
+    const std::uint32_t maxEntries = DecodeU32(original.data() + 50);
+    if (value == ReadField(original, field) || field.name == "growEntries") return true;
+    if (field.name == "clean flag" || field.name == "valid") return value != 0;
+    if (field.name == "currentEntries") return value <= maxEntries;
+    if (field.name == "initialEntries") return value >= 1 && value <= maxEntries;
+    if (field.name == "freeHead" || field.name == "freeTail") return value == 0xFFFFFFFF || value < maxEntries;
+    return false;
+}
+
 }  // namespace Tavrin::Database::Testing
