@@ -10,6 +10,8 @@
 
 namespace Tavrin::Database {
 
+/// A field list's own record of one field: the validated specification, the place and width of its
+/// length prefix and its key direction.
 class FieldEntry : public FieldSpecification {
 public:
     /// Copies `specification`, validates the copy (throws DatabaseException code 12), then sizes the
@@ -35,11 +37,10 @@ public:
     std::uint32_t GetLengthOffset() const noexcept { return lengthOffset_; }
     /// Width of the length prefix in bytes: 0, 1, 2 or 4.
     std::uint32_t GetLengthSize() const noexcept { return lengthSize_; }
-    ///@{
     /// +1, or -1 for a field that orders descending in a key.
     int GetDirection() const noexcept { return direction_; }
+    /// The field type's row of FieldTypeTable.
     const FieldTypeInfo& GetTypeInfo() const noexcept { return GetFieldTypeInfo(GetType()); }
-    ///@}
 
     ///@{
     /// For the list's layout pass.

@@ -49,8 +49,13 @@ class UInt;
 
 namespace Tavrin::Database {
 
+/// The layout of a record image and every field operation on it. Built once from a list of field
+/// specifications, immutable after that and shared by every record, key and index of a table; the
+/// images belong to the callers. Abstract: ManagedFieldList and UnmanagedFieldList are the layouts.
 class FieldList {
 public:
+    /// The number that no field has: an id's entry in the id table when the id is not in the list,
+    /// and the end iterator's position.
     static constexpr std::uint32_t NoFieldNumber = 0xFFFFFFFF;
     /// As the length of SetFieldLength: the field's maxLength.
     static constexpr std::uint32_t FullLength = 0xFFFFFFFF;
@@ -62,11 +67,10 @@ public:
         /// The end iterator.
         ConstIterator() = default;
 
-        ///@{
         /// Moves to the next field; behind the last field it becomes the end iterator, which stays.
         ConstIterator& operator++() noexcept;
+        /// Equal when both hold the same list and position; all end iterators are equal.
         bool operator==(const ConstIterator& other) const noexcept = default;
-        ///@}
 
         ///@{
         /// The field at the position; 65535, "", None and a default specification at the end.
@@ -87,8 +91,11 @@ public:
         std::uint32_t position_ = NoFieldNumber;
     };
 
+    /// Not copyable: records, keys and indexes hold their list by pointer.
     FieldList(const FieldList&) = delete;
+    /// Not copyable: records, keys and indexes hold their list by pointer.
     FieldList& operator=(const FieldList&) = delete;
+    /// Frees the list; images laid out by it stay the callers'.
     virtual ~FieldList() = default;
 
     // ---- Layout-specific operations ------------------------------------------------------------
@@ -120,34 +127,33 @@ public:
     /// also gives 22 for an empty value and result -1 for an undefined field.
     virtual StatusCode CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
                                     int& result) const = 0;
-    ///@{
     /// Orders the field against a value object of the field's type (status 28 for another type), by
     /// the object's Compare; a status of that is passed on. A managed list first answers undefined
     /// sides: value undefined gives 1 against a defined field and 0 against an undefined one, a defined
     /// value against an undefined field -1.
     virtual StatusCode CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
                                     int& result) const = 0;
+    /// Marks field `number` defined without touching its value; nothing on a layout whose fields are
+    /// always defined.
     virtual void SetFieldDefined(std::uint32_t number, unsigned char* data) const = 0;
-    ///@}
-    ///@{
     /// Stores a length (FullLength means maxLength) under the length rule (22) and marks the field
-    /// defined, so that a caller can fill the value in place through the writable GetField.
+    /// defined, so that a caller can fill the value in place through the writable GetField. Status 6.
     virtual StatusCode SetFieldLength(unsigned char* data, std::uint16_t id, std::uint32_t length) const = 0;
+    /// Marks field `number` undefined; nothing on a layout whose fields are always defined.
     virtual void ClearFieldDefined(std::uint32_t number, unsigned char* data) const = 0;
-    ///@}
-    ///@{
-    /// Makes a field undefined; `changed` says whether it was defined.
+    /// Makes a field undefined; `changed` says whether it was defined. Status 6 (`changed` untouched),
+    /// 13 on a layout whose fields cannot be undefined.
     virtual StatusCode ClearField(unsigned char* data, std::uint16_t id, bool& changed) const = 0;
+    /// Makes a field undefined, as the form with `changed`: status 6, 13.
     virtual StatusCode ClearField(unsigned char* data, std::uint16_t id) const = 0;
+    /// Whether field `number` is defined; always true on a layout without defined marks.
     virtual bool IsFieldDefined(std::uint32_t number, const unsigned char* data) const = 0;
-    ///@}
-    ///@{
     /// Where an image keeps the bit that says field `number` is defined: true with the bit's byte
     /// offset and mask; false for a layout without such bits, whose fields are always defined. Lets
     /// a hot loop test definedness without a virtual call per field.
     virtual bool LocateDefinedBit(std::uint32_t number, std::uint32_t& byte, unsigned char& mask) const noexcept = 0;
+    /// Sets `isDefined` to whether the field is defined; status 6 (`isDefined` untouched).
     virtual StatusCode IsFieldDefined(const unsigned char* data, std::uint16_t id, bool& isDefined) const = 0;
-    ///@}
     /// Current length of the field's value, 0 if it is undefined. Never more than maxLength.
     virtual std::uint32_t GetFieldLength(std::uint32_t number, const unsigned char* data) const = 0;
 
@@ -178,22 +184,23 @@ public:
     StatusCode GetField(const unsigned char* data, const ConstIterator& iterator, std::uint16_t& id,
                         FieldSpecification::Type& type, const void*& value, std::uint32_t& length) const;
 
+    // ---- Typed field access --------------------------------------------------------------------
+    // Every typed write checks the field's type (status 28) and every typed read too; all give 6 for
+    // an unknown id, and reads give 33 for an undefined field. A successful write marks the field
+    // defined; a failed plain write leaves its defined state as it was.
+
     ///@{
-    /// ---- Typed field access --------------------------------------------------------------------
-    /// Every typed write checks the field's type (status 28) and every typed read too; all give 6 for
-    /// an unknown id, and reads give 33 for an undefined field. A successful write marks the field
-    /// defined; a failed plain write leaves its defined state as it was.
-    ///
-    /// Integers go only into a field of their own kind (char: TextArray; signed: SInt; unsigned:
-    /// UInt) that is at least as wide as their type, whatever the value: status 23 for a narrower
-    /// field. The 8-bit types need a 1-byte field (23 for a wider one); wider types are sign- or
-    /// zero-extended to the field's width. Reads need a field no wider than the type (22) and extend
-    /// the stored value. The integer members touch the image only: no value object, no allocation.
+    /// Writes an integer. It goes only into a field of its own kind (char: TextArray; signed: SInt;
+    /// unsigned: UInt) that is at least as wide as its type, whatever the value: status 6 for an
+    /// unknown id, 28 for another kind, 23 for a narrower field, 22 for a field whose width is not 1,
+    /// 2, 4 or 8. The 8-bit types need a 1-byte field (23 for a wider one); wider types are sign- or
+    /// zero-extended to the field's width. A successful write marks the field defined; a failed one
+    /// leaves the image as it was. Touches the image only: no value object, no allocation.
     ///
     /// The forms with `changed`: on an undefined field `changed` becomes true before the write and
-    /// stays true if it fails; on a defined field they compare first (integers at the field's width,
-    /// strings by length and bytes, value objects by their IsDifferent) and write only a different
-    /// value. A failure of the lookup or the type and width checks leaves `changed` untouched.
+    /// stays true if it fails; on a defined field they compare the value at the field's width with
+    /// the stored bytes and write only a different value. A failure of the lookup, or of the type
+    /// and width checks on a defined field, leaves `changed` untouched.
     StatusCode SetField(unsigned char* data, std::uint16_t id, char value) const;
     StatusCode SetField(unsigned char* data, std::uint16_t id, signed char value) const;
     StatusCode SetField(unsigned char* data, std::uint16_t id, unsigned char value) const;
@@ -227,11 +234,20 @@ public:
     ///@}
 
     ///@{
-    /// Strings go into any string-compatible field by the raw write (status 22 for an empty string or
-    /// a length the field does not take). A value object goes into a field of its own type (an
-    /// IFieldType into the type its base number maps to): its SerializeBody writes straight into the
-    /// slot, and its status is returned; then the length rule applies (22; the slot may then already
-    /// hold the new bytes, while the prefix and the defined bit are as they were).
+    /// Writes a string or a value object; status 6 for an unknown id, 28 for a field that does not
+    /// take the value (nothing written). Strings go into any string-compatible field by the raw write
+    /// (status 22 for an empty string or a length the field does not take; the image is then
+    /// untouched). A value object goes into a field of its own type (an IFieldType into the type its
+    /// base number maps to): its SerializeBody writes straight into the slot, and its status is
+    /// returned; then the length rule applies (22; the slot may then already hold the new bytes,
+    /// while the prefix and the defined bit are as they were). A successful write marks the field
+    /// defined.
+    ///
+    /// The forms with `changed`: on an undefined field `changed` becomes true before the write and
+    /// stays true if it fails; on a defined field they compare first (strings by length and bytes,
+    /// value objects by their IsDifferent, whose status is passed on) and write only a different
+    /// value, and `changed` says whether it differed also when that write then fails. A failure of
+    /// the lookup, or of the type check on a defined field, leaves `changed` untouched.
     StatusCode SetField(unsigned char* data, std::uint16_t id, const std::string& value) const;
     StatusCode SetField(unsigned char* data, std::uint16_t id, const IFieldType& value) const;
     StatusCode SetField(unsigned char* data, std::uint16_t id, const BinaryArray& value) const;
@@ -277,6 +293,11 @@ public:
                         bool& changed) const;
     ///@}
 
+    ///@{
+    /// Reads an integer field of the type's own kind (char: TextArray; signed: SInt; unsigned: UInt)
+    /// that is no wider than the type, and sign- or zero-extends the stored value. Status 6 for an
+    /// unknown id, 33 for an undefined field, 28 for another kind, 22 for a wider field or one whose
+    /// width is not 1, 2, 4 or 8. `value` is set only on status 0. Allocates nothing.
     StatusCode GetField(const unsigned char* data, std::uint16_t id, char& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, signed char& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, unsigned char& value) const;
@@ -286,12 +307,15 @@ public:
     StatusCode GetField(const unsigned char* data, std::uint16_t id, std::uint32_t& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, std::int64_t& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, std::uint64_t& value) const;
-    /// Any string-compatible field, at the value's current length (status 41 if memory runs out).
+    ///@}
+    /// Any string-compatible field, at the value's current length. Status 6, 33, 28 for a type that
+    /// is not string compatible, 41 if memory runs out; `value` is untouched on failure.
     StatusCode GetField(const unsigned char* data, std::uint16_t id, std::string& value) const;
     ///@{
     /// The object's DeserializeBody on the field's bytes, and its status, for a field of the object's
-    /// type. A Rational also reads a TRational field (without its trends), and a TRational a Rational
-    /// field (trends 3).
+    /// type (an IFieldType: the type its base number maps to). A Rational also reads a TRational field
+    /// (without its trends), and a TRational a Rational field (trends 3). Status 6, 33, 28 for a field
+    /// of another type; the object is untouched on those.
     StatusCode GetField(const unsigned char* data, std::uint16_t id, IFieldType& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, BinaryArray& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, BinaryString& value) const;
@@ -307,8 +331,9 @@ public:
     StatusCode GetField(const unsigned char* data, std::uint16_t id, TRational& value) const;
     StatusCode GetField(const unsigned char* data, std::uint16_t id, UInt& value) const;
     ///@}
-    /// Replaces `value` by a new object of the field's type, filled from the field. Status 28 for a
-    /// type without a value class or if no object could be made.
+    /// Replaces `value` by a new object of the field's type, filled from the field; the caller owns
+    /// it. Status 6 and 33 (`value` untouched); 28 for a type without a value class (untouched) or if
+    /// no object could be made (`value` then null); else the object's DeserializeBody status.
     StatusCode GetField(const unsigned char* data, std::uint16_t id, std::unique_ptr<IFieldType>& value) const;
 
     // ---- Ordering, difference and copy -----------------------------------------------------------
@@ -381,23 +406,27 @@ public:
 
     // ---- The fields ----------------------------------------------------------------------------
 
+    /// The field's type. Status 6 (`type` untouched).
     StatusCode GetType(std::uint16_t id, FieldSpecification::Type& type) const;
     /// Copies the field's specification out (with the offset this list uses). Status 6.
     StatusCode GetFieldSpecification(std::uint16_t id, FieldSpecification& specification) const;
-    /// The field's number and its specification inside the list, valid while the list lives. Status 6.
+    /// The field's number and its specification inside the list, valid while the list lives. Status 6
+    /// (`specification` untouched; `number` untouched or NoFieldNumber).
     StatusCode GetFieldSpecification(std::uint16_t id, std::uint32_t& number,
                                      const FieldSpecification*& specification) const;
     /// True if the id is in the list and the list's field is operator== to `specification`; `number`
     /// is set as soon as the id is found, even if the fields then differ.
     bool GetFieldNumber(const FieldSpecification& specification, std::uint32_t& number) const;
 
-    ///@{
-    /// The fields in list order, as the list holds them (a managed list gives its computed offsets).
+    /// Copies of the fields' specifications in list order, as the list holds them (a managed list
+    /// gives its computed offsets).
     std::vector<FieldSpecification> GetFieldSpecificationList() const;
+    /// The fields' ids in list order.
     std::vector<std::uint16_t> GetFieldIdList() const;
+    /// Copies the first field's specification (with the offset this list uses); a list always has one.
     void GetFirstFieldSpecification(FieldSpecification& specification) const;
+    /// The id of the first field; a list always has one.
     void GetFirstFieldId(std::uint16_t& id) const;
-    ///@}
     ///@{
     /// Replaces the argument by the field behind the one with its id: status 23 if the id is not in
     /// the list, 6 if it is the last field.
@@ -405,10 +434,14 @@ public:
     StatusCode GetNextFieldId(std::uint16_t& id) const;
     ///@}
 
+    /// An iterator at the first field.
     ConstIterator Begin() const noexcept { return ConstIterator(&entries_, 0); }
+    /// The end iterator.
     ConstIterator End() const noexcept { return ConstIterator(); }
 
+    /// The size in bytes of every image of this list.
     std::uint32_t GetDataLength() const noexcept { return dataLength_; }
+    /// The number of fields, at least 1; field numbers run from 0 to one below it.
     std::uint32_t GetFieldCount() const noexcept { return static_cast<std::uint32_t>(entries_.size()); }
 
     // ---- The list's specification on the wire ----------------------------------------------------
@@ -429,25 +462,26 @@ protected:
 
     /// Throws DatabaseException code 12 "empty field specification list" at `site`.
     static void RefuseEmptyList(ThrowSite site, const std::vector<FieldSpecification>& specifications);
-    ///@{
     /// Throws code 12 "repeated field id <id> at field <name>" at `site` if the id is already in the
     /// list; else makes the field's entry (which validates it and may throw), appends it and enters
     /// its number into the id table. The reference is valid until the next append.
     FieldEntry& AppendEntry(ThrowSite site, const FieldSpecification& specification);
+    /// The entry of field `number` (below GetFieldCount()), for the derived constructor's layout pass.
     FieldEntry& GetMutableEntry(std::uint32_t number) noexcept { return entries_[number]; }
+    /// Sets the image size that GetDataLength() answers; the derived constructor's last step.
     void SetDataLength(std::uint32_t dataLength) noexcept { dataLength_ = dataLength; }
-    ///@}
 
-    ///@{
-    /// The entry of `id` and its number, or null if the id is not in the list.
+    /// The entry of `id` and its number, or null if the id is not in the list (`number` is then
+    /// untouched, or NoFieldNumber for an id inside the id table).
     const FieldEntry* FindEntry(std::uint16_t id, std::uint32_t& number) const noexcept {
         if (id >= fieldNumbers_.size()) return nullptr;
         number = fieldNumbers_[id];
         return number == NoFieldNumber ? nullptr : &entries_[number];
     }
+    /// The entry of field `number`, which must be below GetFieldCount().
     const FieldEntry& GetEntry(std::uint32_t number) const noexcept { return entries_[number]; }
+    /// Every entry, in list order.
     const std::vector<FieldEntry>& GetEntries() const noexcept { return entries_; }
-    ///@}
 
     /// The length rule, which every write of a value passes:
     ///   variable-length types  1 <= length <= maxLength, and the length goes into the prefix;

@@ -30,11 +30,17 @@ namespace Tavrin::Database {
 
 class ITable;
 
+/// The common base of Record and Key: an image that the object owns, bound to a table and laid out
+/// by a FieldList that it holds unowned. Operations that need the table or the list answer 14 while
+/// the object is not bound or its table is gone. Not locked: one thread at a time.
 class FieldListObject {
 public:
+    /// Bytes of the buffer inside the object; a longer image gets an array of its own.
     static constexpr std::uint32_t InlineCapacity = 1024;
+    /// The record id of an object that has none.
     static constexpr std::uint32_t NoRecordId = 0xFFFFFFFF;
 
+    /// Frees an image array that the object took.
     virtual ~FieldListObject() = default;
 
     /// Appends the object's serialised form; status 14 if it is not initialized.
@@ -51,11 +57,10 @@ public:
     /// Bound, and the table's token is still the one copied at binding.
     bool IsInitialized() const noexcept { return initialized_ && tableToken_.IsLive(); }
 
-    ///@{
-    /// The fields of the layout; an object that is not initialized has only the end iterator.
+    /// An iterator at the layout's first field; the end iterator if the object is not initialized.
     FieldList::ConstIterator Begin() const noexcept;
+    /// The end iterator.
     FieldList::ConstIterator End() const noexcept { return FieldList::ConstIterator(); }
-    ///@}
 
     /// The layout, null before binding. Valid while the table lives (test IsInitialized()).
     const FieldList* GetFieldList() const noexcept { return fieldList_; }
@@ -118,13 +123,14 @@ private:
     IdentityToken tableToken_;
     const FieldList* fieldList_ = nullptr;
     unsigned char inlineBuffer_[InlineCapacity];
-    ///@{
     /// Owns data_ once the image has outgrown the inline buffer; null before that.
     std::unique_ptr<unsigned char[]> array_;
+    /// The image: inlineBuffer_ or array_.
     unsigned char* data_ = inlineBuffer_;
+    /// Bytes available at data_.
     std::uint32_t capacity_ = InlineCapacity;
+    /// Where the image was stored; a tree index's cursor for a Key.
     mutable std::uint32_t recordId_ = NoRecordId;
-    ///@}
 };
 
 }  // namespace Tavrin::Database

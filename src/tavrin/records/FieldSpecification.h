@@ -13,6 +13,8 @@
 
 namespace Tavrin::Database {
 
+/// The description of one field of a record layout: id, name, type, maximum length, offset and
+/// property bits. A plain value class that takes no locks; the full constructor validates.
 class FieldSpecification {
 public:
     /// Stored in files and messages as a 32-bit number; values of 17 and above are invalid but may
@@ -37,7 +39,9 @@ public:
         CrcBlob = 16,
     };
 
+    /// The number of types, None included; a Type of this value or above is invalid.
     static constexpr std::uint32_t TypeCount = 17;
+    /// The id that no field has: the default specification's id, and "no field" where an id is asked for.
     static constexpr std::uint16_t NoFieldId = 0xFFFF;
     /// Property bit 31: the field orders descending in a key. Other bits are only carried along.
     static constexpr std::uint32_t DescendingProperty = 0x80000000u;
@@ -99,12 +103,19 @@ public:
     /// The type's name, or "Unknown" for a type of 17 and above.
     static const char* GetTypeName(Type type) noexcept;
 
+    /// The field's id, unique within a layout.
     std::uint16_t GetId() const noexcept { return id_; }
+    /// The field's name.
     const std::string& GetName() const noexcept { return name_; }
+    /// The field's type.
     Type GetType() const noexcept { return type_; }
+    /// The most bytes the value takes; the whole length of a fixed-length type.
     std::uint32_t GetMaxLength() const noexcept { return maxLength_; }
+    /// Where the value lies in an image; a managed list ignores what the caller gave and sets its own.
     std::uint32_t GetOffset() const noexcept { return offset_; }
+    /// The property bits; only DescendingProperty steers anything, the others are carried along.
     std::uint32_t GetProperties() const noexcept { return properties_; }
+    /// Whether the field orders descending in a key (DescendingProperty).
     bool IsDescending() const noexcept { return (properties_ & DescendingProperty) != 0; }
 
 protected:

@@ -21,22 +21,26 @@ using FieldCompareFunction = int (*)(const unsigned char* a, std::uint32_t lengt
 /// The text form of a value of `length` bytes; an empty text if it cannot be shown.
 using FieldTextFunction = std::string (*)(const unsigned char* value, std::uint32_t length);
 
+/// One row of FieldTypeTable: what the field lists need to know of one field type.
 struct FieldTypeInfo {
+    /// The type's name, as FieldSpecification::GetTypeName gives it.
     const char* name;
     /// The value's current length is kept in a length prefix beside it.
     bool isVariableLength;
     /// The value may be read, written and compared as a std::string.
     bool isStringCompatible;
-    ///@{
     /// The number by which the base library's value classes identify the type;
     /// FieldSpecification::NoBaseType where there is no value class.
     unsigned char baseType;
+    /// Checks a specification of the type (FieldSpecification::Validate).
     FieldValidateFunction validate;
+    /// Orders two values of the type (Compare, CompareKey, CompareField).
     FieldCompareFunction compare;
+    /// The text form of a value of the type (FieldList::ToString).
     FieldTextFunction text;
-    ///@}
 };
 
+/// The rows, indexed by FieldSpecification::Type.
 extern const std::array<FieldTypeInfo, FieldSpecification::TypeCount> FieldTypeTable;
 
 /// The row of a valid type (callers check the type first: a type of 17 or more is a programmer error

@@ -14,17 +14,22 @@
 
 namespace Tavrin::Database {
 
+/// Makes field lists of one layout kind; stateless and usable from any thread.
 class IFieldListFactory {
 public:
+    /// Virtual for the interface's sake; the factories themselves are process-wide singletons.
     virtual ~IFieldListFactory() = default;
 
-    ///@{
-    /// The caller owns the result. Construction failures of the list pass through as
-    /// DatabaseException; an allocation failure is DatabaseException code 3 (AllocateFieldList).
+    /// A new list of `specifications` with images of `dataLength` bytes, for a layout that lets the
+    /// caller choose it; the caller owns the result. Construction failures of the list pass through
+    /// as DatabaseException; an allocation failure is DatabaseException code 3 (AllocateFieldList),
+    /// and so is a layout that decides its own data length.
     virtual FieldList* Create(const std::vector<FieldSpecification>& specifications,
                               std::uint32_t dataLength) const = 0;
+    /// A new list of `specifications` whose data length the layout works out; the caller owns the
+    /// result. Construction failures of the list pass through as DatabaseException; an allocation
+    /// failure is DatabaseException code 3 (AllocateFieldList).
     virtual FieldList* Create(const std::vector<FieldSpecification>& specifications) const = 0;
-    ///@}
 
 protected:
     /// Allocates a List without throwing std::bad_alloc: any allocation failure, also one inside the

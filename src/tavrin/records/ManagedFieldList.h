@@ -29,6 +29,9 @@
 
 namespace Tavrin::Database {
 
+/// The layout that places fields itself: a presence bitmap, then the length prefixes of the
+/// variable-length fields, then a slot of the full maxLength per field, so that every field can be
+/// undefined and every image has the same size (see the file comment for the byte layout).
 class ManagedFieldList final : public FieldList {
 public:
     /// Lays the fields out; offsets given in the specifications are ignored. Throws DatabaseException
@@ -42,44 +45,65 @@ public:
     /// validation refuses counts without a prefix.
     static std::uint64_t DataLengthOf(const std::vector<FieldSpecification>& specifications) noexcept;
 
+    // The CompareField forms of FieldList, which the overrides below would hide otherwise. Each keeps
+    // its own comment in the reference.
     using FieldList::CompareField;
+    /// The raw, typed and value-object SetField forms of FieldList, brought in beside this class's
+    /// Boolean override; they work on this layout as FieldList documents them and set the field's bit
+    /// on success.
     using FieldList::SetField;
 
     /// Wire form: the B bitmap bytes, then for each defined field in field order its prefix and its
-    /// current value if it is variable length, else all maxLength bytes of its slot.
+    /// current value if it is variable length, else all maxLength bytes of its slot. Any status of
+    /// the builder.
     StatusCode SerializeFields(MessageBuilder& builder, const unsigned char* data) const override;
-    /// Reads the bitmap into the image, then each field whose bit is set straight into its slot. A
-    /// stored length of 0 or above maxLength is status 22, before anything is copied to the slot.
-    /// Slots of fields whose bit is clear keep their bytes.
+    /// Reads the bitmap into the image (bits beyond the last field are cleared), then each field
+    /// whose bit is set straight into its slot. Status 23 for a message that ends early; a stored
+    /// length of 0 or above maxLength is status 22, before anything is copied to the slot. Slots of
+    /// fields whose bit is clear keep their bytes.
     StatusCode DeserializeFields(MessageValidator& validator, unsigned char* data) const override;
-    ///@{
-    /// Clears the bitmap; prefixes and slots keep their bytes.
+    /// Clears the bitmap, so every field is undefined; prefixes and slots keep their bytes.
     void ResetData(unsigned char* data) const override;
+    /// Writes the byte and sets the field's bit: status 6; 28 if the type is not Boolean; 22 if
+    /// maxLength is not 1 (image untouched).
     StatusCode SetField(unsigned char* data, std::uint16_t id, bool value) const override;
+    /// Stores the prefix (for a variable-length type) and the value, and sets the field's bit; status
+    /// 22 leaves the image untouched.
     StatusCode SetFieldByNumber(std::uint32_t number, unsigned char* data, const void* value,
                                 std::uint32_t length) const override;
-    ///@}
-    /// An undefined source field makes this field undefined.
+    /// An undefined source field makes this field undefined (status 0); else the source value goes
+    /// in as by SetFieldByNumber (22 leaves the image untouched).
     StatusCode CopyFieldByNumber(std::uint32_t number, unsigned char* data, std::uint32_t sourceNumber,
                                  const FieldList& source, const unsigned char* sourceData) const override;
-    /// Status 6; 22 for an empty string; an undefined field orders first (-1).
+    /// Status 6; 22 for an empty string; an undefined field orders first (-1); else as FieldList
+    /// documents it (28, 22).
     StatusCode CompareField(std::uint16_t id, const unsigned char* data, const std::string& value,
                             int& result) const override;
-    ///@{
     /// Status 6; an undefined value orders first (1 against a defined field, 0 against an undefined
-    /// one), then an undefined field (-1).
+    /// one), then an undefined field (-1); two defined sides go by the object's Compare (28 for
+    /// another type).
     StatusCode CompareField(std::uint16_t id, const unsigned char* data, const IFieldType& value,
                             int& result) const override;
+    /// Sets the field's bit in the bitmap.
     void SetFieldDefined(std::uint32_t number, unsigned char* data) const override;
+    /// Stores the prefix of a variable-length field (a fixed-length field only passes the length
+    /// rule) and sets the field's bit. Status 6; 22 leaves the image untouched.
     StatusCode SetFieldLength(unsigned char* data, std::uint16_t id, std::uint32_t length) const override;
+    /// Clears the field's bit in the bitmap.
     void ClearFieldDefined(std::uint32_t number, unsigned char* data) const override;
+    /// Clears the field's bit; `changed` says whether it was set. Status 6 (`changed` untouched).
     StatusCode ClearField(unsigned char* data, std::uint16_t id, bool& changed) const override;
+    /// Clears the field's bit. Status 6.
     StatusCode ClearField(unsigned char* data, std::uint16_t id) const override;
+    /// Whether the field's bit is set.
     bool IsFieldDefined(std::uint32_t number, const unsigned char* data) const override;
+    /// Always true: byte number / 8 of the bitmap, mask 0x80 >> (number % 8).
     bool LocateDefinedBit(std::uint32_t number, std::uint32_t& byte, unsigned char& mask) const noexcept override;
+    /// Whether the field's bit is set. Status 6 (`isDefined` untouched).
     StatusCode IsFieldDefined(const unsigned char* data, std::uint16_t id, bool& isDefined) const override;
+    /// 0 while the field's bit is clear; else the prefix of a variable-length field, the marker
+    /// bit's length of a DateTime (6 or 7) or Time (3 or 4), or maxLength; never above maxLength.
     std::uint32_t GetFieldLength(std::uint32_t number, const unsigned char* data) const override;
-    ///@}
 
     /// The size B of the presence bitmap in bytes.
     std::uint32_t GetBitmapLength() const noexcept { return bitmapEntry_.GetMaxLength(); }

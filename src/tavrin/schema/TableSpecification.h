@@ -19,14 +19,16 @@ namespace Tavrin::Database {
 
 class ITable;
 
+/// The description of one table apart from its indexes: name, managed or unmanaged layout,
+/// property bits, fields and sizing. A plain value class that takes no locks and validates nothing.
 class TableSpecification {
 public:
-    /// Property bits of a table; all others are carried and stored but steer nothing.
-    /// Create or open the record file when the table is constructed.
+    // Property bits of a table; all others are carried and stored but steer nothing.
+    /// Property bit: create or open the record file when the table is constructed.
     static constexpr std::uint32_t CreateRecordFileProperty = 1;
-    /// Give the table a mutex; without it the table does no locking.
+    /// Property bit: give the table a mutex; without it the table does no locking.
     static constexpr std::uint32_t CreateMutexProperty = 2;
-    /// Convert a record file whose stored description differs.
+    /// Property bit: convert a record file whose stored description differs.
     static constexpr std::uint32_t ConvertProperty = 4;
 
     /// The version this library writes; readers also accept 0, which has the same layout.
@@ -87,23 +89,36 @@ public:
     /// `path` is empty. The factory's exceptions pass through; never returns null.
     ITable* CreateTable(const std::string& path) const;
 
+    /// Whether `properties` hold CreateRecordFileProperty.
     static bool ShouldCreateRecordFile(std::uint32_t properties) noexcept {
         return (properties & CreateRecordFileProperty) != 0;
     }
+    /// Whether `properties` hold CreateMutexProperty.
     static bool ShouldCreateMutex(std::uint32_t properties) noexcept {
         return (properties & CreateMutexProperty) != 0;
     }
+    /// Whether `properties` hold ConvertProperty.
     static bool ShouldConvert(std::uint32_t properties) noexcept { return (properties & ConvertProperty) != 0; }
 
     /// Labelled lines of the members, then the fields as a table.
     std::string ToString() const;
 
+    /// The table's name.
     const std::string& GetName() const noexcept { return name_; }
+    /// True for the managed layout (ManagedFieldList), false for the unmanaged one.
     bool IsManaged() const noexcept { return managed_; }
+    /// The property bits; only CreateRecordFileProperty, CreateMutexProperty and ConvertProperty steer
+    /// anything, the others are carried and stored.
     std::uint32_t GetProperties() const noexcept { return properties_; }
+    /// The fields in list order, as given (not validated).
     const std::vector<FieldSpecification>& GetFields() const noexcept { return fields_; }
+    /// The number of records the table's store makes room for when it is created.
     std::uint32_t GetInitialMaximumRecords() const noexcept { return initialMaximumRecords_; }
+    /// The record length of an unmanaged table; a managed table ignores it (the managed constructor
+    /// sets 0), as its field list works the length out.
     std::uint32_t GetRecordLength() const noexcept { return recordLength_; }
+    /// The number of records by which a full store grows: 0 for none, 0xFFFFFFFF for half of the
+    /// initial maximum.
     std::uint32_t GetGrowRecords() const noexcept { return growRecords_; }
     /// Kilobytes of the store's cache; CacheAll keeps the whole store in memory.
     std::uint32_t GetCacheSize() const noexcept { return cacheSize_; }
