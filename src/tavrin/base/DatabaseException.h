@@ -11,8 +11,11 @@
 
 namespace Tavrin::Database {
 
+/// Thrown when a table, store, index or other object of the library can't be built or set up: a
+/// code from Code and an optional formatted message that names the object concerned.
 class DatabaseException : public Tavrin::Exception {
 public:
+    /// What could not be done; each code has a fixed text (CodeToString). Not a status.
     enum Code : std::uint32_t {
         AllocateDataStore = 0,
         AllocateDataStoreCache = 1,
@@ -33,19 +36,25 @@ public:
     /// The formatted message is cut to fit a 512-byte buffer.
     static constexpr std::size_t MessageBufferSize = 512;
 
+    /// An exception of `code` thrown at the given site, with no message.
     DatabaseException(const char* file, const char* function, std::uint32_t line, std::uint32_t code);
+    /// An exception of `code` thrown at the given site, with a message formatted by printf rules from
+    /// `format` and the arguments after it, cut at MessageBufferSize - 1 characters.
     DatabaseException(const char* file, const char* function, std::uint32_t line, std::uint32_t code,
                       const char* format, ...) __attribute__((format(printf, 6, 7)));
+    /// As the constructor above, with the arguments of the message already in `arguments` (which
+    /// the caller starts and ends).
     DatabaseException(const char* file, const char* function, std::uint32_t line, std::uint32_t code,
                       const char* format, std::va_list arguments);
+    /// A copy that shares the chain of `other`.
     DatabaseException(const DatabaseException& other) = default;
 
-    ///@{
-    /// The code's text, and " - " with the message when there is one.
+    /// The code's text, and " - " with the message when there is one; no throw site.
     std::string ToString() const override;
+    /// ToString() followed by " at <function> (<file>:<line>)".
     std::string ToSiteString() const override;
+    /// The formatted message; empty when the exception was made without one.
     const std::string& GetMessage() const noexcept { return message_; }
-    ///@}
 
     /// The text of a code; "unknown error" beyond the table.
     static const char* CodeToString(std::uint32_t code) noexcept;

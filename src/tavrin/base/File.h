@@ -23,6 +23,9 @@
 
 namespace Tavrin {
 
+/// One open file, read and written by position, with its advisory lock and the replacement of a file
+/// through a part file; also the library's static file operations. Owns its descriptor. Not
+/// thread-safe.
 class File {
 public:
     ///@{
@@ -31,13 +34,19 @@ public:
     static constexpr std::uint32_t WriteAccess = 2;
     ///@}
 
+    /// Where SetPosition counts from: the start, the current position or the end of the file.
     enum SeekMethod { FromStart = 0, FromCurrent = 1, FromEnd = 2 };
 
+    /// A closed file.
     File() = default;
+    /// Not copyable: the object owns its descriptor.
     File(const File&) = delete;
+    /// Not copyable: the object owns its descriptor.
     File& operator=(const File&) = delete;
+    /// Closes the file (Close: a part file not yet committed is removed).
     ~File();
 
+    /// Whether the object holds an open descriptor.
     bool IsOpen() const noexcept { return descriptor_ >= 0; }
 
     /// Creates the file, or truncates an existing one, and opens it with the access of `mode`.
@@ -79,19 +88,20 @@ public:
     StatusCode Read(void* buffer, std::uint32_t size);
     /// Reads up to `size` bytes and gives the number read in `count`; 0 at the end of the file.
     StatusCode Read(void* buffer, std::uint32_t size, std::uint32_t& count);
-    ///@{
     /// Writes all `size` bytes at the position.
     StatusCode Write(const void* data, std::uint32_t size);
+    /// Moves the position to `position` bytes from where `method` says; 23 for an unknown method.
     StatusCode SetPosition(std::int64_t position, SeekMethod method);
+    /// Truncates or extends (with zero bytes) the file to `size` bytes; 23 for a negative size. The
+    /// position stays.
     StatusCode SetSize(std::int64_t size);
-    ///@}
 
-    ///@{
     /// Whether anything exists under `path`.
     static bool IsFound(const std::string& path);
+    /// The size in bytes of the file under `path`; `size` is untouched on failure.
     static StatusCode GetSize(const std::string& path, std::int64_t& size);
+    /// Unlinks `path`; the status of the system's error when that fails (6 when nothing is there).
     static StatusCode Remove(const std::string& path);
-    ///@}
     /// Without `overwrite` an existing `to` is status 47 and stays as it was.
     static StatusCode Rename(const std::string& from, const std::string& to, bool overwrite);
     /// Copies into a new file beside `to` and renames it over `to` only when the copy is complete,
@@ -105,11 +115,10 @@ public:
     static bool IsSameFile(const std::string& first, const std::string& second);
     /// `directory` and `name` joined by one "/"; `name` alone when `directory` is empty.
     static std::string MakePath(const std::string& directory, const std::string& name);
-    ///@{
     /// "/tmp": the directory of temporary files.
     static std::string GetTemporaryPath();
+    /// "\n", the line end of the library's text files; a static constant.
     static const std::string& GetEndOfLine();
-    ///@}
 
 private:
     StatusCode OpenWithFlags(const std::string& path, std::uint32_t mode, int extraFlags, unsigned permissions);

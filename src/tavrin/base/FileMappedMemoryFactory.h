@@ -21,12 +21,17 @@
 
 namespace Tavrin {
 
+/// The process-wide maker of IFileMappedMemory objects (GetInstance); the modes of Create are told in
+/// the file comment above.
 class FileMappedMemoryFactory : public Singleton<FileMappedMemoryFactory> {
 public:
+    ///@{
+    /// Modes of Create: ModeCreate, ModeOpen and ModeCreateTemporary; ModeTemporary alone is refused.
     static constexpr std::uint32_t ModeCreate = 1;
     static constexpr std::uint32_t ModeOpen = 2;
     static constexpr std::uint32_t ModeTemporary = 8;
     static constexpr std::uint32_t ModeCreateTemporary = ModeCreate | ModeTemporary;
+    ///@}
 
     /// Maps `path` as `mode` says and hands the caller the new object. `flag` and `last` are not used
     /// (callers pass false and 0). Throws StatusCodeException with the status of the failure; nothing
@@ -34,13 +39,13 @@ public:
     IFileMappedMemory* Create(const std::string& path, std::uint32_t size, bool flag, std::uint32_t mode,
                               std::uint32_t last);
 
-    ///@{
-    /// For tests of what a failed write-back does: every IFileMappedMemory::Flush first calls `hook`
-    /// with the range it is about to write, and fails as a refused msync when it answers false.
-    /// Null (the default) removes the hook.
+    /// A test's stand-in for a write-back: gets the range a flush is about to write and answers
+    /// whether the flush may go on.
     using FlushHook = bool (*)(const void* address, std::uint32_t size);
+    /// For tests of what a failed write-back does: every IFileMappedMemory::Flush first calls `hook`
+    /// with the range it is about to write, and fails as a refused msync (StatusCodeException 1) when
+    /// it answers false. Null (the default) removes the hook. Atomic: may be set from any thread.
     static void SetFlushHook(FlushHook hook) noexcept;
-    ///@}
 
 private:
     friend class Singleton<FileMappedMemoryFactory>;

@@ -26,16 +26,17 @@
 
 namespace Tavrin::Database {
 
+/// The base of every index: lays out and fills key images; its structural operations answer 13 (or
+/// throw StatusCodeException 13) until a structure overrides them (see the file comment above).
 class Index : public IIndex {
 public:
-    ///@{
-    /// Builds the key layout from `specification` and the table's list. Throws DatabaseException
-    /// code 12 for a field that the table lacks, code 4 if the factory gives no list, and whatever
-    /// the factory throws.
+    /// Builds the key layout from `specification` and the table's list, which must outlive the
+    /// index. Throws DatabaseException code 12 for a field that the table lacks, code 4 if the
+    /// factory gives no list, and whatever the factory throws.
     Index(const IndexSpecification& specification, const FieldList& tableFieldList,
           const IFieldListFactory& factory);
+    /// Frees the key layout.
     ~Index() override;
-    ///@}
 
     void InitializeKey(Key& key) const override;
     StatusCode BuildKey(Key& key, const Key& source) const override;
@@ -65,27 +66,49 @@ public:
     // Files are named by the structure: table name, "-", index name (blanks as "_"), a type word
     // and ".idx". Create and Open take the Uuid of the table's store.
 
+    /// Creates the index's files in `directory` under names made from `tableName` and the index's
+    /// name, carrying `uuid`, with no keys; failures are thrown. Here: throws StatusCodeException 13.
     virtual void Create(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid);
-    ///@{
-    /// A temporary index, in files that no walk of a directory finds.
+    /// Creates a temporary index, in files that no walk of a directory finds; failures are thrown.
+    /// Here: throws StatusCodeException 13.
     virtual void Create();
+    /// Opens the index's files in `directory` for `tableName`; they must carry `uuid`. Here: throws
+    /// StatusCodeException 13.
     virtual StatusCode Open(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid);
+    /// Saves the index, then copies its files under the names for `directory` and `tableName`; the
+    /// index stays on its own files. 13 here.
     virtual StatusCode SaveAs(const std::string& directory, const std::string& tableName);
+    /// Removes every key. 13 here.
     virtual StatusCode Clear();
+    /// Adds `key` with `recordId`. 13 here.
     virtual StatusCode Add(const Key& key, std::uint32_t recordId);
+    /// Removes the entry that holds `key`. 13 here.
     virtual StatusCode Remove(const Key& key);
+    /// Exact lookup of `key`: the record id of its entry in `recordId`. 13 here.
     virtual StatusCode Find(const Key& key, std::uint32_t& recordId);
+    /// The smallest key, copied into `key`, and its record id. 13 here.
     virtual StatusCode GetFirst(Key& key, std::uint32_t& recordId);
+    /// The greatest key, copied into `key`, and its record id. 13 here.
     virtual StatusCode GetLast(Key& key, std::uint32_t& recordId);
+    /// The key after `key` in the index's order, copied into `key`, and its record id. 13 here.
     virtual StatusCode GetNext(Key& key, std::uint32_t& recordId);
+    /// The key before `key` in the index's order, copied into `key`, and its record id. 13 here.
     virtual StatusCode GetPrevious(Key& key, std::uint32_t& recordId);
+    /// The first key that matches `key` in the key fields before `fieldId` and in the first `length`
+    /// bytes of that field, copied into `key`, and its record id. 13 here.
     virtual StatusCode GetFirstEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    /// The last key that matches `key` as GetFirstEqual matches, copied into `key`, and its record
+    /// id. 13 here.
     virtual StatusCode GetLastEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    /// The key after `key` if it still matches as GetFirstEqual matches, copied into `key`, and its
+    /// record id. 13 here.
     virtual StatusCode GetNextEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
+    /// The key before `key` if it still matches as GetFirstEqual matches, copied into `key`, and its
+    /// record id. 13 here.
     virtual StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                         std::uint32_t length);
+    /// Writes `uuid` into the index's files. Here: throws StatusCodeException 13.
     virtual StatusCode SetUuid(const Tavrin::Uuid& uuid);
-    ///@}
     /// Writes the index's files through to the disk: 0 here and for a temporary index, 16 when
     /// the files are not open, else the status of the failed write.
     virtual StatusCode Sync();
@@ -94,6 +117,7 @@ public:
     virtual void Discard() noexcept;
 
 protected:
+    /// The table's field list, not owned.
     const FieldList& GetTableFieldList() const noexcept { return *tableFieldList_; }
     /// How many leading key fields are compared and hashed.
     std::uint32_t GetComparedFieldCount() const noexcept { return comparedFields_; }

@@ -56,8 +56,12 @@
 
 namespace Tavrin::Database {
 
+/// The ordered index of a table: a red-black tree whose nodes are the entries of a MemoryDataStore
+/// that the index owns (see the file comment above). No lock of its own: the table's mutex
+/// serialises every call.
 class RedBlackTreeIndex final : public Index, public UserDataStore {
 public:
+    /// No entry: the root and sentinel before the first Create or Open.
     static constexpr std::uint32_t NoEntry = 0xFFFFFFFF;
 
     /// Builds the key layout (Index), then the store, which measures the user data area by
@@ -72,8 +76,8 @@ public:
     std::uint32_t GetCurrentRecords() override;
 
     ///@{
-    /// Create the tree file (named by GetFileName, carrying `uuid`) or a temporary one, with an
-    /// empty tree. Throw the store's StatusCodeException (47 when a file is open already), or
+    /// Creates the tree file (named by GetFileName, carrying `uuid`) or a temporary one, with an
+    /// empty tree. Throws the store's StatusCodeException (47 when a file is open already), or
     /// DatabaseException code 4 when the sentinel can't be stored.
     void Create(const std::string& directory, const std::string& tableName, const Tavrin::Uuid& uuid) override;
     void Create() override;
@@ -99,33 +103,47 @@ public:
     StatusCode Remove(const Key& key) override;
     /// Exact lookup: 6 when absent; else the record and the key's cursor are set, its bytes untouched.
     StatusCode Find(const Key& key, std::uint32_t& recordId) override;
-    ///@{
-    /// Smallest and greatest key, next greater and next smaller than the key's bytes: 6 when there is
-    /// none; else the record is set and the node's key bytes are copied over the key's. The key need
-    /// not be in the tree, so a walk may remove the entries that it has passed.
+    /// The smallest key: 6 when the tree is empty (`key` and `recordId` untouched); else the record
+    /// is set and the node's key bytes are copied over the key's.
     StatusCode GetFirst(Key& key, std::uint32_t& recordId) override;
+    /// The greatest key: 6 when the tree is empty (`key` and `recordId` untouched); else the record
+    /// is set and the node's key bytes are copied over the key's.
     StatusCode GetLast(Key& key, std::uint32_t& recordId) override;
+    /// The key after the key's bytes in the tree's order: 6 when there is none (`key` and `recordId`
+    /// untouched); else the record is set and the node's key bytes are copied over the key's. The
+    /// key need not be in the tree, so a walk may remove the entries that it has passed.
     StatusCode GetNext(Key& key, std::uint32_t& recordId) override;
+    /// The key before the key's bytes in the tree's order: 6 when there is none (`key` and
+    /// `recordId` untouched); else the record is set and the node's key bytes are copied over the
+    /// key's. The key need not be in the tree.
     StatusCode GetPrevious(Key& key, std::uint32_t& recordId) override;
-    ///@}
-    ///@{
     /// Prefix walks: keys that match the key's bytes in all key fields before `fieldId` and in the
     /// first `length` bytes of that field (0: the field is left out; 0xFFFFFFFF: the whole field).
-    /// 29 when `fieldId` is not a compared field of the key, 23 when `length` exceeds the field's
-    /// length in the key, 6 when nothing matches (then the key is unchanged). First and last give the
-    /// ends of the matching range; next and previous step from the key and also set its cursor.
+    /// This one gives the first key of the matching range: 29 when `fieldId` is not a compared field
+    /// of the key, 23 when `length` exceeds the field's length in the key, 6 when nothing matches
+    /// (then the key and `recordId` are unchanged); else the record is set and the node's key bytes
+    /// are copied over the key's.
     StatusCode GetFirstEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length) override;
+    /// The last key of the range that GetFirstEqual describes, with its statuses.
     StatusCode GetLastEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length) override;
+    /// The key after the key's bytes (as GetNext), if it still matches as GetFirstEqual describes;
+    /// the statuses of GetFirstEqual, 6 also when the next key does not match. On success the key's
+    /// cursor is set too.
     StatusCode GetNextEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length) override;
+    /// The key before the key's bytes (as GetPrevious), if it still matches as GetFirstEqual
+    /// describes; the statuses of GetFirstEqual, 6 also when the previous key does not match. On
+    /// success the key's cursor is set too.
     StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                 std::uint32_t length) override;
-    ///@}
-    ///@{
     /// Writes `uuid` into the file header: the store's status (16 when not open).
     StatusCode SetUuid(const Tavrin::Uuid& uuid) override;
+    /// Saves root and sentinel with the store's header, then writes the tree file through to the
+    /// disk (MemoryDataStore::Sync): 16 when not open, 0 without a write for a temporary index, else
+    /// the status of the save or of the write.
     StatusCode Sync() override;
+    /// Closes the tree file without a save and removes it (MemoryDataStore::Discard). Nothing when
+    /// no file is open.
     void Discard() noexcept override;
-    ///@}
 
     /// User data of the tree file, little-endian: the IndexSpecification in its serialised form, then
     /// root and sentinel as signed 32-bit numbers. Serialize stops at the first failing append.
@@ -145,11 +163,11 @@ public:
     /// that fails, 16 when not open. For tests and diagnosis; it allocates nothing.
     StatusCode CheckTree();
 
-    ///@{
-    /// Entry numbers of the root and the sentinel; NoEntry before the first Create or Open.
+    /// The entry number of the root (the sentinel's when the tree is empty); NoEntry before the
+    /// first Create or Open.
     std::uint32_t GetRoot() const noexcept { return root_; }
+    /// The entry number of the sentinel; NoEntry before the first Create or Open.
     std::uint32_t GetSentinel() const noexcept { return sentinel_; }
-    ///@}
     /// The store of nodes, for its file name and sizes.
     const MemoryDataStore& GetStore() const noexcept { return store_; }
 
@@ -174,20 +192,21 @@ private:
         std::uint32_t length;
     };
 
-    /// ---- Nodes (RedBlackTreeIndex.cpp) --------------------------------------------------------
+    // ---- Nodes (RedBlackTreeIndex.cpp) --------------------------------------------------------
     /// 16 when no file is open, 23 when `key` can't hold a key image of this index.
     StatusCode CheckUsable(const Key& key) const noexcept;
-    ///@{
     /// The node of entry `id`. A link that names no entry in use (a damaged file) gives the
     /// sentinel's node, so no walk leaves the mapping.
     Node NodeAt(std::uint32_t id) const noexcept {
         unsigned char* bytes = store_.FindUsedEntry(id);
         return Node(bytes != nullptr ? bytes : store_.FindUsedEntry(sentinel_));
     }
+    /// The child on `side` of the node of entry `id` (through NodeAt).
     std::uint32_t ChildOf(std::uint32_t id, Side side) { return NodeAt(id).GetChild(side); }
+    /// The parent of the node of entry `id` (through NodeAt).
     std::uint32_t ParentOf(std::uint32_t id) { return NodeAt(id).GetParent(); }
+    /// Whether the node of entry `id` is red (through NodeAt: the sentinel is black).
     bool IsRed(std::uint32_t id) { return NodeAt(id).IsRed(); }
-    ///@}
     /// The side of its parent on which `id` hangs.
     Side SideOf(std::uint32_t id);
     /// Fills the scratch node and stores it as the sentinel; throws code 4 when the store refuses.
@@ -195,8 +214,7 @@ private:
     /// The key kept with the insertion point: the part of the scratch buffer behind the node image.
     unsigned char* InsertionKey() const noexcept { return scratch_.get() + GetKeySize() + Node::HeaderSize; }
 
-    ///@{
-    /// ---- Comparison and walks (RedBlackTreeWalk.cpp) ------------------------------------------
+    // ---- Comparison and walks (RedBlackTreeWalk.cpp) ------------------------------------------
     /// CompareKey over the compared fields, then the duplicate tails as signed numbers. Inline: it
     /// runs at every level of every descent.
     int CompareFull(const unsigned char* key, const unsigned char* nodeKey) const noexcept {
@@ -207,8 +225,9 @@ private:
         const std::int32_t right = DecodeI32(nodeKey + duplicateTail_);
         return left < right ? -1 : (left > right ? 1 : 0);
     }
+    /// CompareKey over the key fields before the prefix's field and the prefix's length of that
+    /// field.
     int ComparePrefix(const unsigned char* key, const unsigned char* nodeKey, const Prefix& prefix) const noexcept;
-    ///@}
     /// Descends from the root by `compare(nodeKey)`: below 0 left, else right, stopping at 0 when
     /// `stopAtEqual`. 23 when the walk is longer than any valid tree.
     template <class Compare>
@@ -247,29 +266,30 @@ private:
     /// 6 for the sentinel; else gives the node's record and copies its key bytes into `key`.
     StatusCode Deliver(std::uint32_t node, Key& key, std::uint32_t& recordId);
 
-    /// ---- Changes of shape (RedBlackTreeUpdate.cpp) --------------------------------------------
+    // ---- Changes of shape (RedBlackTreeUpdate.cpp) --------------------------------------------
     /// Rotates `id` down to `side`: its child on the other side takes its place.
     void Rotate(std::uint32_t id, Side side);
-    ///@{
     /// Puts `replacement` where `id` hangs under its parent (or at the root) and sets the parent of
     /// `replacement`, also when it is the sentinel.
     void Transplant(std::uint32_t id, std::uint32_t replacement);
+    /// Colours the new node `id` red and restores the red-black rules on the way up by recolouring
+    /// and rotating; the root ends black. Bounded by MaxWalk steps.
     void InsertFixup(std::uint32_t id);
-    ///@}
-    ///@{
     /// Unlinks `node` and restores the colours; `node` keeps the colour of the node that left the
     /// path.
     void Unlink(std::uint32_t node);
+    /// Restores the red-black rules below a removal: `id` (possibly the sentinel, whose parent Unlink
+    /// set) carries one black too few on its path. Bounded by MaxWalk steps.
     void RemoveFixup(std::uint32_t id);
-    ///@}
 
-    ///@{
-    /// ---- The validator (RedBlackTreeCheck.cpp) ------------------------------------------------
-    /// Checks the subtree under `id` and gives its black height and size; 23 at the first fault.
+    // ---- The validator (RedBlackTreeCheck.cpp) ------------------------------------------------
+    /// Checks the subtree under `id`, whose parent must be `parent`, and gives its black height and
+    /// size; 23 at the first fault.
     StatusCode CheckSubtree(std::uint32_t id, std::uint32_t parent, std::uint32_t depth, std::uint32_t& blackHeight,
                             std::uint32_t& nodes);
+    /// Checks that an in-order walk gives the keys in ascending order of the full comparison; 23 at
+    /// the first that is out of order.
     StatusCode CheckOrder();
-    ///@}
 
     std::uint32_t root_ = NoEntry;
     std::uint32_t sentinel_ = NoEntry;

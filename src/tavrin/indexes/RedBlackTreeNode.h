@@ -21,29 +21,41 @@
 
 namespace Tavrin::Database {
 
+/// A view of one node's bytes in the mapping (layout above); holds an address, so it is good only
+/// until the store next grows. Owns nothing.
 class RedBlackTreeNode {
 public:
+    ///@{
+    /// Byte offsets of the node's fields (see the layout above).
     static constexpr std::uint32_t RecordOffset = 0;
     static constexpr std::uint32_t LeftOffset = 4;
     static constexpr std::uint32_t RightOffset = 8;
     static constexpr std::uint32_t ParentOffset = 12;
     static constexpr std::uint32_t ColourOffset = 16;
     static constexpr std::uint32_t KeyOffset = 20;
+    ///@}
     /// Bytes in front of the key.
     static constexpr std::uint32_t HeaderSize = KeyOffset;
 
+    ///@{
+    /// Values of the colour field.
     static constexpr std::uint32_t Black = 0;
     static constexpr std::uint32_t Red = 1;
+    ///@}
+    /// The record field of the sentinel.
     static constexpr std::uint32_t NoRecord = 0xFFFFFFFF;
 
-    ///@{
     /// The two children by side, so that mirrored cases share one piece of code.
     enum Side : std::uint32_t { Left = 0, Right = 1 };
+    /// The other side.
     static constexpr Side Opposite(Side side) noexcept { return side == Left ? Right : Left; }
-    ///@}
 
+    /// A view of the node whose bytes begin at `bytes`.
     explicit RedBlackTreeNode(unsigned char* bytes) noexcept : bytes_(bytes) {}
 
+    ///@{
+    /// Each reads the field it names (GetChild a child by side; IsRed whether the colour is Red);
+    /// GetKey points at the key image in the node.
     std::uint32_t GetRecord() const noexcept { return DecodeU32(bytes_ + RecordOffset); }
     std::uint32_t GetChild(Side side) const noexcept { return DecodeU32(bytes_ + ChildOffset(side)); }
     std::uint32_t GetLeft() const noexcept { return GetChild(Left); }
@@ -52,12 +64,16 @@ public:
     std::uint32_t GetColour() const noexcept { return DecodeU32(bytes_ + ColourOffset); }
     bool IsRed() const noexcept { return GetColour() == Red; }
     const unsigned char* GetKey() const noexcept { return bytes_ + KeyOffset; }
+    ///@}
 
+    ///@{
+    /// Each writes the field it names; GetKey points at the key image in the node, for writing.
     void SetRecord(std::uint32_t record) noexcept { EncodeU32(bytes_ + RecordOffset, record); }
     void SetChild(Side side, std::uint32_t id) noexcept { EncodeU32(bytes_ + ChildOffset(side), id); }
     void SetParent(std::uint32_t id) noexcept { EncodeU32(bytes_ + ParentOffset, id); }
     void SetColour(std::uint32_t colour) noexcept { EncodeU32(bytes_ + ColourOffset, colour); }
     unsigned char* GetKey() noexcept { return bytes_ + KeyOffset; }
+    ///@}
 
     /// Points every link at `sentinel`, colours the node black and sets the record.
     void Reset(std::uint32_t record, std::uint32_t sentinel) noexcept {

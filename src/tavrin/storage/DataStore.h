@@ -29,54 +29,70 @@
 
 namespace Tavrin::Database {
 
+/// A store of fixed-size records under 32-bit entry ids in one mapped file; the plain class only
+/// opens a store file to read its header and user data (see the file comment above). Not
+/// thread-safe: the owner locks.
 class DataStore {
 public:
+    /// A plain store, not open.
     DataStore() = default;
+    /// Not copyable: the store owns its mapping.
     DataStore(const DataStore&) = delete;
+    /// Not copyable: the store owns its mapping.
     DataStore& operator=(const DataStore&) = delete;
-    /// Releases the mapping without a save.
+    /// Releases the mapping without a save (clean flag 1).
     virtual ~DataStore();
 
     ///@{
-    /// Create a named store file, or a temporary one; failures are thrown. The plain class throws 13.
+    /// Creates a named store file with `uuid`, or a temporary one; failures are thrown as
+    /// StatusCodeException. The plain class throws 13.
     virtual void Create(const std::string& fileName, const Uuid& uuid);
     virtual void Create();
     ///@}
     /// Opens a store file; with `uuid` the file must carry that Uuid. Never throws: 17 when open
     /// already, 22 for a file shorter than its file header, 23 for a file left open by a crash (once),
-    /// another Uuid or a malformed header, the factory's status (6 for a missing file), 1 otherwise.
+    /// another Uuid or a malformed header, the factory's status (6 for a missing file), 41 when
+    /// memory runs out, 1 otherwise. A failed open leaves the store closed.
     virtual StatusCode Open(const std::string& fileName, const Uuid* uuid);
-    ///@{
-    /// Releases the mapping; 0.
+    /// Releases the mapping (clean flag 1) without a save; 0, also when not open.
     virtual StatusCode Close();
+    /// Copies the store file to `fileName`; the store stays open on its own file. The plain class
+    /// answers 13.
     virtual StatusCode SaveAs(const std::string& fileName);
+    /// Makes every entry free again. The plain class throws StatusCodeException 13.
     virtual void Clear();
-    ///@}
-    ///@{
-    /// Add throws 13 in the plain class; the other entry operations answer 13.
+    /// Copies a record into a free entry and gives the entry's id in `id`; may grow the store and
+    /// move the mapping. The plain class throws StatusCodeException 13.
     virtual StatusCode Add(std::uint32_t& id, const void* record);
+    /// Frees the entry `id`. The plain class answers 13.
     virtual StatusCode Remove(std::uint32_t id);
+    /// Overwrites the record of the entry `id` with `record`. The plain class answers 13.
     virtual StatusCode Update(std::uint32_t id, const void* record);
+    /// Copies the record of the entry `id` into `buffer`. The plain class answers 13.
     virtual StatusCode Read(std::uint32_t id, void* buffer);
+    /// Points `record` at the record of the entry `id` in the mapping. The plain class answers 13.
     virtual StatusCode GetEntry(std::uint32_t id, unsigned char*& record);
+    /// The used entry of the lowest id: its id and a pointer to its record in the mapping. The plain
+    /// class answers 13.
     virtual StatusCode GetFirst(std::uint32_t& id, unsigned char*& record);
+    /// The used entry of the lowest id above `id`: its id and a pointer to its record in the
+    /// mapping. The plain class answers 13.
     virtual StatusCode GetNext(std::uint32_t& id, unsigned char*& record);
-    ///@}
-    ///@{
-    /// Throw 13 in the plain class.
+    /// The number of entries in use. The plain class throws StatusCodeException 13.
     virtual std::uint32_t GetCurrentEntries() const;
+    /// The number of entries that exist, in use or free; every id is below it. The plain class
+    /// throws StatusCodeException 13.
     virtual std::uint32_t GetMaxEntries() const;
-    ///@}
     /// The user data area of the open file; null and 0 when the store is not open.
     virtual void GetUserData(unsigned char*& address, std::uint32_t& size) const;
     /// Writes the Uuid into the file header; 16 when not open.
     virtual StatusCode SetUuid(const Uuid& uuid);
-    ///@{
     /// The Uuid of the file header; Uuid::Nil() when not open.
     virtual Uuid GetUuid() const;
+    /// Whether a store file is mapped.
     virtual bool IsOpen() const;
+    /// Whether the store is a temporary one, made without a name; false in the plain class.
     virtual bool IsTemporary() const;
-    ///@}
     /// Writes everything the store holds in its files through to the disk, so that a power loss
     /// after it takes nothing that came before it: 16 when not open, 13 in the plain class, else
     /// 0 or the status of the failed write. A temporary store answers 0 and writes nothing.
@@ -124,9 +140,9 @@ protected:
     /// Closes the mapping (clean flag 1) and forgets the data area.
     void Release();
 
-    FileMappedMemoryManager manager_;
-    unsigned char* data_ = nullptr;  // data area of the mapping, refreshed after every create, open, resize
-    DataStoreHeader header_;         // the common header; a subclass keeps its extension itself
+    FileMappedMemoryManager manager_;  ///< the store file and its mapping, owned
+    unsigned char* data_ = nullptr;  ///< data area of the mapping, refreshed after every create, open, resize
+    DataStoreHeader header_;         ///< the common header; a subclass keeps its extension itself
 };
 
 }  // namespace Tavrin::Database

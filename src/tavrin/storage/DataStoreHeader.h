@@ -24,17 +24,23 @@
 
 namespace Tavrin::Database {
 
+/// The common header of every store file, as read from and written to the data area (see the file
+/// comment above for the layout and the meaning of the fields).
 struct DataStoreHeader {
+    /// The format byte of this layout.
     static constexpr std::uint8_t Format = 2;
+    /// storeType of a memory store.
     static constexpr std::uint32_t MemoryStoreType = 0;
+    /// storeType of a disk store.
     static constexpr std::uint32_t DiskStoreType = 1;
 
     ///@{
     /// Data area offsets of the fields that a store keeps up to date in the mapping between saves.
     static constexpr std::uint32_t CurrentEntriesOffset = 29;
     static constexpr std::uint32_t MaxEntriesOffset = 33;
-    static constexpr std::uint32_t Size = 37;
     ///@}
+    /// Bytes of the serialised header.
+    static constexpr std::uint32_t Size = 37;
 
     std::uint32_t storeType = 0;
     bool valid = false;

@@ -33,36 +33,54 @@
 
 namespace Tavrin::Database {
 
+/// Owns one mapped file of the library with its 17-byte file header (clean flag and Uuid) and gives
+/// the owner the data area behind it (see the file comment above). Not thread-safe.
 class FileMappedMemoryManager {
 public:
+    /// File offset of the clean flag.
     static constexpr std::uint32_t CleanFlagOffset = 0;
+    /// File offset of the Uuid's binary form.
     static constexpr std::uint32_t UuidOffset = 1;
+    /// Bytes of the file header; the data area starts there.
     static constexpr std::uint32_t HeaderSize = 17;
 
+    /// A manager with nothing mapped.
     FileMappedMemoryManager() = default;
+    /// Not copyable: the manager owns its mapping.
     FileMappedMemoryManager(const FileMappedMemoryManager&) = delete;
+    /// Not copyable: the manager owns its mapping.
     FileMappedMemoryManager& operator=(const FileMappedMemoryManager&) = delete;
     /// Releases the file as Close does.
     ~FileMappedMemoryManager();
 
-    /// Each Create and Open gives the address of the data area (file offset 17) and throws
-    /// StatusCodeException on failure, with nothing left mapped:
-    ///   47 Create while mapped; 17 Open while mapped; 22 file shorter than 17 bytes;
-    ///   23 clean flag 0, or a Uuid other than `uuid`; 17 when another opener holds the file;
-    ///   else the factory's status.
-    /// A temporary file, under the temporary path and named by a new Uuid.
+    /// Makes and maps a temporary file of `dataSize` bytes of data area, under the temporary path and
+    /// named by a new Uuid, which its header carries (clean flag 0); the file is gone from its
+    /// directory at once. Gives the address of the data area (file offset 17). Throws
+    /// StatusCodeException: 47 when mapped already (the mapping stays); otherwise, with nothing left
+    /// mapped, 22 when the file would pass 4 GiB - 1, 1 when no Uuid can be drawn, else the
+    /// factory's status.
     unsigned char* Create(std::uint32_t dataSize);
-    ///@{
-    /// A new file that takes the name `name` only at Publish.
+    /// Makes and maps a new file of `dataSize` bytes of data area, with `uuid` and clean flag 0, as a
+    /// part file beside `name`: it takes the name only at Publish. Gives the address of the data
+    /// area. Throws StatusCodeException: 47 when mapped already (the mapping stays); otherwise, with
+    /// nothing left mapped and no file made, 22 when the file would pass 4 GiB - 1, else the
+    /// factory's status.
     unsigned char* Create(const std::string& name, std::uint32_t dataSize, const Uuid& uuid);
+    /// Maps the existing file `name` under its lock and sets its clean flag to 0 (written through).
+    /// Gives the address of the data area. Throws StatusCodeException: 17 when mapped already (the
+    /// mapping stays); otherwise, with nothing left mapped, 17 when another opener holds the file
+    /// (which is then not written), 22 for a file shorter than 17 bytes or longer than 4 GiB - 1,
+    /// 23 for a clean flag of 0 (the refusal sets it to 1, so the next open passes), else the
+    /// factory's status (6 for a missing file).
     unsigned char* Open(const std::string& name);
+    /// As Open(name), and also 23 when the file's Uuid is not `uuid`; the file is then left with
+    /// clean flag 1, as it was.
     unsigned char* Open(const std::string& name, const Uuid& uuid);
-    ///@}
     /// Puts a file made by the named Create in place under its name, complete as the owner has
     /// written it: clean flag 1 while it is synced and renamed, so that a kill from here on leaves a
-    /// file that opens, then 0 again. Throws StatusCodeException, 17 when another opener holds a
-    /// file of that name, which stays as it was; the owner then closes this manager, and the part
-    /// file goes. Nothing to do for an opened or temporary file.
+    /// file that opens, then 0 again. Throws StatusCodeException: 16 when nothing is mapped; 17 when
+    /// another opener holds a file of that name, which stays as it was; the owner then closes this
+    /// manager, and the part file goes. Nothing to do for an opened or temporary file.
     void Publish();
     /// Writes the data through, sets the clean flag and writes it through, and unmaps; nothing when
     /// nothing is mapped. A file never published is removed instead.
@@ -81,23 +99,26 @@ public:
     /// Grows the file and the mapping to `dataSize` bytes of data area and gives the data area's new
     /// address; keeps the mapping when it has that size already. Throws as IFileMappedMemory::Resize.
     unsigned char* ResizeDataArea(std::uint32_t dataSize);
-    /// Writes the first `size` bytes of the file through to the disk.
+    /// Writes the first `size` bytes of the file (at most the mapped size) through to the disk; throws
+    /// StatusCodeException as IFileMappedMemory::Flush. Nothing when nothing is mapped.
     void Flush(std::uint32_t size);
 
-    ///@{
-    /// Reads or writes the Uuid in the header; neither touches the clean flag. SetUuid throws
-    /// StatusCodeException 16 when nothing is mapped; GetUuid gives Uuid::Nil() then.
+    /// Writes `uuid` into the file header (in the mapping, not written through); the clean flag
+    /// stays. Throws StatusCodeException 16 when nothing is mapped.
     void SetUuid(const Uuid& uuid);
+    /// The Uuid in the file header; Uuid::Nil() when nothing is mapped.
     Uuid GetUuid() const;
-    ///@}
 
+    /// Whether a file is mapped.
     bool IsMapped() const noexcept { return memory_ != nullptr; }
-    ///@{
-    /// Data area address and size; null and 0 when nothing is mapped.
+    /// The address of the data area (file offset 17); null when nothing is mapped. Invalid after
+    /// ResizeDataArea or Close.
     unsigned char* GetDataArea() const noexcept { return header_ == nullptr ? nullptr : header_ + HeaderSize; }
+    /// The size of the data area: the mapped size less 17; 0 when nothing is mapped.
     std::uint32_t GetDataSize() const noexcept;
+    /// The name given to Create or Open (for a temporary file, its path under the temporary path);
+    /// empty when nothing is mapped.
     const std::string& GetName() const noexcept { return name_; }
-    ///@}
 
 private:
     unsigned char* CreateMapping(const std::string& name, std::uint32_t dataSize, const Uuid& uuid,

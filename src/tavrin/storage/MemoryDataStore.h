@@ -30,6 +30,8 @@
 
 namespace Tavrin::Database {
 
+/// A store that keeps every record in one mapped file, with a free list through the free entries
+/// (see the file comment above). Not thread-safe: the owner locks.
 class MemoryDataStore : public DataStore {
 public:
     /// Sizes the store without mapping anything: the header, the user data area (what `userData`
@@ -67,28 +69,50 @@ public:
     /// Saves, then copies the file to `fileName` (clean flag 1, same Uuid); the store stays open on
     /// its own file. Also a temporary store is saved first, so the copy is a complete store file.
     StatusCode SaveAs(const std::string& fileName) override;
-    ///@{
-    /// Makes every entry free again, ids from 0; the file keeps its size. Throws 16 when not open.
+    /// Makes every entry free again, ids from 0 in rising order; the file keeps its size. Throws
+    /// StatusCodeException 16 when not open.
     void Clear() override;
+    /// Copies the record (the record size's bytes at `record`) into the entry at the head of the free
+    /// list and gives its id in `id`: 16 when not open; 40 when no entry is free and the store can't
+    /// grow (growEntries 0, or the growth failed); 23 when the head of the free list is in use or
+    /// links out of range (nothing is taken). `id` is untouched on failure. A growth moves the
+    /// mapping: every pointer into it is then invalid.
     StatusCode Add(std::uint32_t& id, const void* record) override;
+    /// Frees the entry `id`, which becomes the next id that Add gives: 16 when not open, 23 when the
+    /// entry is not in use or `id` is not below GetMaxEntries().
     StatusCode Remove(std::uint32_t id) override;
+    /// Overwrites the record of the entry `id` with the record size's bytes at `record`: 16 when not
+    /// open, 36 when the entry is not in use or `id` is not below GetMaxEntries().
     StatusCode Update(std::uint32_t id, const void* record) override;
+    /// Copies the record of the entry `id` into `buffer` (the record size's bytes): 16 when not open,
+    /// 23 when the entry is not in use or `id` is not below GetMaxEntries(); `buffer` is then
+    /// untouched.
     StatusCode Read(std::uint32_t id, void* buffer) override;
+    /// Points `record` at the record of the entry `id` in the mapping (writable; valid until the next
+    /// Add or Close): 16 when not open, 36 when the entry is not in use or `id` is not below
+    /// GetMaxEntries(); `record` is then untouched.
     StatusCode GetEntry(std::uint32_t id, unsigned char*& record) override;
-    ///@}
-    ///@{
-    /// The used entries in id order, by a scan of every entry.
+    /// The used entry of the lowest id, found by a scan from id 0: its id and a pointer to its record
+    /// in the mapping. 16 when not open, 6 when no entry is in use; `id` and `record` are then
+    /// untouched.
     StatusCode GetFirst(std::uint32_t& id, unsigned char*& record) override;
+    /// The used entry of the lowest id above `id`, found by a scan: its id (replacing `id`) and a
+    /// pointer to its record in the mapping. 16 when not open, 6 at the end; `id` and `record` are
+    /// then untouched.
     StatusCode GetNext(std::uint32_t& id, unsigned char*& record) override;
+    /// The number of entries in use; meaningful while open.
     std::uint32_t GetCurrentEntries() const override { return header_.currentEntries; }
+    /// The number of entries that exist, in use or free; every id is below it. Meaningful while open.
     std::uint32_t GetMaxEntries() const override { return header_.maxEntries; }
+    /// Whether the open store was made by Create() without a name; false when not open.
     bool IsTemporary() const override { return temporary_; }
-    ///@}
-    ///@{
-    /// Saves the header and user data, then writes the whole file through to the disk.
+    /// Saves the header and user data (Flush), then writes the whole file through to the disk: 16
+    /// when not open, 0 without a write for a temporary store, else the status of the save or of the
+    /// write.
     StatusCode Sync() override;
+    /// Closes the store without a save and removes its file (DataStore::Discard); the name is
+    /// forgotten. Nothing when not open.
     void Discard() override;
-    ///@}
 
     /// Writes the user data and the whole header into the mapping: 16 when not open, 0 without a
     /// write for a temporary store, else the status of the header's write. When the owner's data
@@ -118,12 +142,12 @@ private:
     void FinishGrowth(std::uint32_t surplus) noexcept;
     /// Sets currentEntries to the number of entries whose used flag is set.
     void RecountEntries() noexcept;
-    ///@{
     /// Makes the free list again from the used flags when it does not lead through exactly the
     /// entries not in use; runs after RecountEntries.
     void RelinkFreeEntries() noexcept;
+    /// Writes the user data and the whole header into the mapping; `valid` is written as 0 when the
+    /// owner's data does not fit. The status of the header's write.
     StatusCode Save();
-    ///@}
 
     unsigned char* EntryAt(std::uint32_t id) const noexcept {
         return data_ + extension_.firstEntryOffset + static_cast<std::size_t>(id) * extension_.entryStride;

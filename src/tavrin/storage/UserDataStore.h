@@ -9,11 +9,17 @@
 
 namespace Tavrin::Database {
 
+/// The owner's side of a store's user data area: what it writes at each save and checks at each
+/// open. The base class writes and reads nothing.
 class UserDataStore {
 public:
+    /// An owner with nothing to keep.
     UserDataStore() = default;
+    /// Copies nothing: the class has no state.
     UserDataStore(const UserDataStore&) = default;
+    /// Copies nothing: the class has no state.
     UserDataStore& operator=(const UserDataStore&) = default;
+    /// Destroys the owner's part.
     virtual ~UserDataStore() = default;
 
     /// Appends the owner's data; a status other than 0 when it does not fit.

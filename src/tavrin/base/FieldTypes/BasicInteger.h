@@ -18,9 +18,12 @@
 
 namespace Tavrin {
 
+/// An integer value of T held in an integer field of 1, 2, 4 or 8 bytes; the common implementation of
+/// SInt and UInt (see the file comment above).
 template <class T>
 class BasicInteger : public IFieldType {
 public:
+    /// Takes `value` and marks the value defined.
     void Set(T value) noexcept {
         value_ = value;
         defined = true;
@@ -28,12 +31,13 @@ public:
     /// REQUIRES: defined.
     T Get() const noexcept { return value_; }
 
-    ///@{
-    /// Whether `value` fits an integer field `width` bytes wide (1, 2, 4 or 8).
+    /// Whether `value` fits an integer field `width` bytes wide (1, 2, 4 or 8; any width of 8 or more
+    /// holds every value).
     static bool Fits(T value, std::uint32_t width) noexcept;
+    /// Whether `width` is a width of an integer field: 1, 2, 4 or 8.
     static bool IsWidth(std::uint32_t width) noexcept { return width == 1 || width == 2 || width == 4 || width == 8; }
-    ///@}
-    /// Reads a body of width 1, 2, 4 or 8.
+    /// Reads a body of width 1, 2, 4 or 8, extended by sign (SInt) or by zeros (UInt); 0 for another
+    /// width.
     static T Decode(const void* data, std::uint32_t width) noexcept;
 
     void Reset() override { defined = false; }
@@ -48,6 +52,7 @@ public:
     StatusCode IsDifferent(const void* data, std::uint32_t length, bool& different) const override;
 
 protected:
+    /// An undefined value of the class numbered `typeNumber`.
     explicit BasicInteger(std::uint8_t typeNumber) noexcept : IFieldType(typeNumber) {}
     StatusCode ConvertFrom(const IFieldType& other) override;
 

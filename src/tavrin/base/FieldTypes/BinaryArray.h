@@ -9,8 +9,11 @@
 
 namespace Tavrin {
 
+/// Bytes held in a fixed-size field: a BinaryString whose body is padded with zero bytes to the
+/// field's size.
 class BinaryArray final : public PaddedBytes<BinaryString> {
 public:
+    /// An undefined value.
     BinaryArray() noexcept : PaddedBytes(FieldTypeNumber::BinaryArray) {}
 };
 

@@ -21,21 +21,30 @@
 
 namespace Tavrin {
 
+/// A string of bytes of any length, kept inline up to InlineCapacity bytes and on the heap beyond
+/// (see the file comment above).
 class BinaryString : public IFieldType {
 public:
+    /// Bytes held without allocating.
     static constexpr std::uint32_t InlineCapacity = 32;
 
+    /// An undefined value on the inline buffer.
     BinaryString() noexcept : BinaryString(FieldTypeNumber::BinaryString) {}
+    /// Not copyable: copy through Convert.
     BinaryString(const BinaryString&) = delete;
+    /// Not copyable: copy through Convert.
     BinaryString& operator=(const BinaryString&) = delete;
+    /// Frees the heap buffer, if any.
     ~BinaryString() override = default;
 
-    ///@{
-    /// Status 41 if memory runs out; the value is then unchanged. `data` may point into this value.
+    /// Copies `length` bytes from `data` and marks the value defined. Status 41 if memory runs out;
+    /// the value is then unchanged. `data` may point into this value.
     StatusCode Set(const void* data, std::uint32_t length);
+    /// The value's bytes, owned by this object: valid until the next Set, Clear or destruction.
+    /// Meaningful only while defined.
     const unsigned char* GetData() const noexcept { return heap_ ? heap_.get() : inline_; }
+    /// The number of bytes of the value; 0 when undefined.
     std::uint32_t GetLength() const noexcept { return length_; }
-    ///@}
     /// Bytes that the current buffer holds: InlineCapacity until a value needed the heap.
     std::uint32_t GetCapacity() const noexcept { return heap_ ? heapCapacity_ : InlineCapacity; }
 
@@ -56,10 +65,13 @@ public:
     std::string ToString(bool printable) const;
 
 protected:
+    /// An undefined value of the class numbered `typeNumber` (BinaryArray).
     explicit BinaryString(std::uint8_t typeNumber) noexcept : IFieldType(typeNumber) {}
     StatusCode ConvertFrom(const IFieldType& other) override;
 
+    /// The value's bytes, for PaddedBytes.
     const void* ValueData() const noexcept { return GetData(); }
+    /// The number of the value's bytes, for PaddedBytes.
     std::uint32_t ValueLength() const noexcept { return length_; }
 
 private:

@@ -27,32 +27,41 @@
 
 namespace Tavrin {
 
+/// A large string of bytes whose body carries its own length, kept in two heap arrays so that a new
+/// value replaces the old one only when complete (see the file comment above).
 class Blob : public IFieldType {
 public:
+    /// Bytes before the data in a Blob body: the 4-byte length.
     static constexpr std::uint32_t HeaderSize = 4;
 
+    /// An undefined value with no arrays.
     Blob() noexcept : Blob(FieldTypeNumber::Blob) {}
+    /// Not copyable: copy through Convert.
     Blob(const Blob&) = delete;
+    /// Not copyable: copy through Convert.
     Blob& operator=(const Blob&) = delete;
+    /// Frees both arrays.
     ~Blob() override = default;
 
-    /// Status 41 if memory runs out; the value is then unchanged.
+    /// Copies `length` bytes from `data` (which may point into the current data) and marks the value
+    /// defined. Status 41 if memory runs out; the value is then unchanged.
     StatusCode Set(const void* data, std::uint32_t length);
-    ///@{
-    /// GetData is null while nothing was ever stored.
+    /// The data, owned by this object: valid until the next change of the value, Clear or
+    /// destruction. Null while nothing was ever stored (and after Clear).
     const unsigned char* GetData() const noexcept { return data_.get(); }
+    /// The number of bytes of the data; 0 when undefined.
     std::uint32_t GetLength() const noexcept { return length_; }
-    ///@}
-    ///@{
-    /// Bytes that the two arrays can hold.
+    /// Bytes that the array of the current data can hold.
     std::uint32_t GetCapacity() const noexcept { return dataCapacity_; }
+    /// Bytes that the spare array, where the next value is written, can hold.
     std::uint32_t GetSpareCapacity() const noexcept { return spareCapacity_; }
-    ///@}
 
-    /// Orders two Blob bodies by their data.
+    /// Orders two Blob bodies by their data. Status 23 when either does not decode; `result` is set
+    /// all the same (an undecodable body orders before every valid one).
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    /// Finds the data in a body; false if it is not one.
+    /// Finds the data in a body: `data` points into `body`. False if it is not one, and then `data`
+    /// and `dataLength` are untouched.
     static bool Decode(const void* body, std::uint32_t length, const unsigned char*& data,
                        std::uint32_t& dataLength) noexcept;
 
@@ -70,17 +79,19 @@ public:
     std::string ToString(bool printable) const;
 
 protected:
+    /// A function that finds the data in a body of one class, as Decode.
     using DecodeFunction = bool (*)(const void*, std::uint32_t, const unsigned char*&, std::uint32_t&) noexcept;
 
+    /// An undefined value of the class numbered `typeNumber` (CrcBlob).
     explicit Blob(std::uint8_t typeNumber) noexcept : IFieldType(typeNumber) {}
     StatusCode ConvertFrom(const IFieldType& other) override;
 
-    ///@{
-    /// What a derived class puts before the data, and how it finds the data in a body.
+    /// The bytes that the class puts before the data in a body (at most 16).
     virtual std::uint32_t GetHeaderSize() const noexcept { return HeaderSize; }
+    /// Writes the GetHeaderSize() bytes before the data for the current value into `header`.
     virtual void EncodeHeader(unsigned char* header) const noexcept;
+    /// The function that finds the data in a body of the class.
     virtual DecodeFunction GetDecoder() const noexcept { return &Blob::Decode; }
-    ///@}
     /// Called after every change of the data.
     virtual void OnDataChanged() noexcept {}
 

@@ -15,23 +15,30 @@
 
 namespace Tavrin {
 
+/// A Blob whose body also carries a CRC-32 of its data, checked whenever a body is read.
 class CrcBlob final : public Blob {
 public:
+    /// Bytes before the data in a CrcBlob body: the 4-byte length and the 4-byte CRC.
     static constexpr std::uint32_t HeaderSize = 8;
 
+    /// An undefined value with no arrays.
     CrcBlob() noexcept : Blob(FieldTypeNumber::CrcBlob) {}
 
     /// The CRC-32 of the current data.
     std::uint32_t GetCrc() const noexcept { return crc_; }
 
+    /// The CRC-32 (as zip and Ethernet compute it) of `length` bytes at `data`.
     static std::uint32_t ComputeCrc(const void* data, std::uint32_t length) noexcept;
-    /// Orders two CrcBlob bodies by their data.
+    /// Orders two CrcBlob bodies by their data. Status 23 when either does not decode or its CRC
+    /// differs; `result` is set all the same (such a body orders before every valid one).
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    /// Finds the data in a body and checks its CRC; false if it is not a body or the CRC differs.
+    /// Finds the data in a body and checks its CRC; false if it is not a body or the CRC differs, and
+    /// then `data` and `dataLength` are untouched.
     static bool Decode(const void* body, std::uint32_t length, const unsigned char*& data,
                        std::uint32_t& dataLength) noexcept;
 
+    /// The Compare of a value with a body, beside the static one above.
     using Blob::Compare;
 
 protected:

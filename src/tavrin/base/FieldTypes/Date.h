@@ -19,35 +19,44 @@ namespace Tavrin {
 
 class TextScanner;
 
+/// A calendar date of years 1 to 9999, held as a day number since 0001-01-01 (see the file comment
+/// above).
 class Date : public IFieldType {
 public:
+    /// Bytes of a body.
     static constexpr std::uint32_t BodySize = 3;
+    /// The day number of 9999-12-31, the last date.
     static constexpr std::uint32_t MaxDayNumber = 3652058;
 
+    /// An undefined value.
     Date() noexcept : IFieldType(FieldTypeNumber::Date) {}
 
     ///@{
-    /// Status 23 unless the arguments form a date of years 1 to 9999.
+    /// Sets the date and marks the value defined. Status 23 unless the arguments form a date of years
+    /// 1 to 9999; the value is then unchanged.
     StatusCode Set(int year, unsigned month, unsigned day);
     StatusCode Set(std::chrono::year_month_day date);
     ///@}
-    ///@{
-    /// REQUIRES: defined.
+    /// The date as year, month and day. REQUIRES: defined.
     std::chrono::year_month_day GetYearMonthDay() const;
+    /// Days since 0001-01-01. REQUIRES: defined.
     std::uint32_t GetDayNumber() const noexcept { return dayNumber_; }
-    ///@}
 
-    /// Orders two Date bodies by date.
+    /// Orders two Date bodies by date. Status 23 when either does not decode; `result` is set all the
+    /// same (an undecodable body orders before every valid one).
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
-    /// Decodes a body; false if it is not one.
+    /// Decodes a body into its day number; false if it is not one (wrong length, or a day number
+    /// beyond MaxDayNumber, which may then be left in `dayNumber`).
     static bool Decode(const void* data, std::uint32_t length, std::uint32_t& dayNumber) noexcept;
-    ///@{
-    /// The text form of a day number, and its reverse for use inside longer text forms.
+    /// The text form YYYY-MM-DD of a day number (at most MaxDayNumber).
     static std::string Format(std::uint32_t dayNumber);
+    /// Reads YYYY-MM-DD from `scanner`, for use inside longer text forms; false unless it is a date
+    /// of years 1 to 9999. `dayNumber` is untouched on failure; the scanner may have moved.
     static bool Parse(TextScanner& scanner, std::uint32_t& dayNumber);
+    /// The day number of `date`; false (and `dayNumber` untouched) unless it is a valid date of years
+    /// 1 to 9999.
     static bool FromYearMonthDay(std::chrono::year_month_day date, std::uint32_t& dayNumber) noexcept;
-    ///@}
 
     void Reset() override { defined = false; }
     void Clear() override { defined = false; }

@@ -17,25 +17,32 @@
 
 namespace Tavrin {
 
+/// A Date and a Time of day, to the millisecond (see the file comment above).
 class DateTime : public IFieldType {
 public:
+    /// Offset of the Time body within a DateTime body.
     static constexpr std::uint32_t TimeOffset = Date::BodySize;
+    /// Bytes of the longest body (a time with milliseconds).
     static constexpr std::uint32_t MaxBodySize = Date::BodySize + Time::LongBodySize;
 
+    /// An undefined value.
     DateTime() noexcept : IFieldType(FieldTypeNumber::DateTime) {}
 
-    /// Status 14 unless both parts are defined.
+    /// Copies both parts and marks the value defined. Status 14 unless both parts are defined; the
+    /// value is then unchanged.
     StatusCode Set(const Date& date, const Time& time);
-    ///@{
-    /// Status 23 outside years 1 to 9999.
+    /// Sets the date and time of a UTC instant and marks the value defined. Status 23 outside years
+    /// 1 to 9999; the value is then unchanged.
     StatusCode Set(std::chrono::sys_time<std::chrono::milliseconds> instant);
+    /// The date part; undefined while this value is.
     const Date& GetDate() const noexcept { return date_; }
+    /// The time part; undefined while this value is.
     const Time& GetTime() const noexcept { return time_; }
-    ///@}
-    /// REQUIRES: defined.
+    /// The value as a UTC instant. REQUIRES: defined.
     std::chrono::sys_time<std::chrono::milliseconds> GetSysTime() const;
 
-    /// Orders two DateTime bodies by date, then time.
+    /// Orders two DateTime bodies by date, then time. Status 23 when either does not decode; `result`
+    /// is set all the same (an undecodable body orders before every valid one).
     static StatusCode Compare(const void* a, std::uint32_t lengthA, const void* b, std::uint32_t lengthB,
                               int& result);
 

@@ -10,6 +10,8 @@
 
 namespace Tavrin {
 
+/// The process-wide maker of value objects by base type number (GetInstance); stateless, so usable
+/// from any thread.
 class FieldTypeFactory : public Singleton<FieldTypeFactory> {
 public:
     /// A new, undefined object of the class with base type number `number`, owned by the caller;

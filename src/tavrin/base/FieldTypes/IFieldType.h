@@ -52,11 +52,14 @@ inline constexpr std::uint8_t Count = 14;
 using BodyCompareFunction = StatusCode (*)(const void* a, std::uint32_t lengthA, const void* b,
                                            std::uint32_t lengthB, int& result);
 
+/// The common interface of the field value classes: one typed value or none, with its body,
+/// message and text forms (see the file comment above).
 class IFieldType {
 public:
-    bool defined;         // false until the object holds a value
-    std::uint8_t number;  // the class's base type number, fixed at construction
+    bool defined;         ///< false until the object holds a value
+    std::uint8_t number;  ///< the class's base type number (FieldTypeNumber), fixed at construction
 
+    /// Gives back the buffers the value owns.
     virtual ~IFieldType() = default;
 
     /// Makes the value undefined; keeps allocated buffers.
@@ -85,13 +88,16 @@ public:
     virtual StatusCode SerializeBody(void* buffer, std::uint32_t size, std::uint32_t& written) const = 0;
     /// Appends the length-and-body form. 14 if undefined.
     virtual StatusCode SerializeLengthAndBody(MessageBuilder& builder, std::uint32_t options) const;
-    /// Reads the message form written by Serialize.
+    /// Reads the message form written by Serialize: a byte 0 makes the value undefined (Reset); a
+    /// byte 1 is followed by the length-and-body form. 23 for another byte or a short message.
     virtual StatusCode Deserialize(MessageValidator& validator, std::uint32_t options);
     /// Takes the value from a body and marks it defined; 23 (or 22) if the body does not decode.
     virtual StatusCode DeserializeBody(const void* data, std::uint32_t length) = 0;
-    /// Reads the length-and-body form.
+    /// Reads the length-and-body form; by default a 4-byte length and the body (DeserializeBody).
+    /// 23 when the message is short.
     virtual StatusCode DeserializeLengthAndBody(MessageValidator& validator, std::uint32_t options);
-    /// Bytes of the length-and-body form. By default a 4-byte length and the body.
+    /// Bytes of the length-and-body form. By default a 4-byte length and the body; 0 for an undefined
+    /// value.
     virtual std::uint32_t GetLengthAndBodySize() const;
     /// Bytes of the body; 0 for an undefined value.
     virtual std::uint32_t GetBodySize() const = 0;
@@ -99,8 +105,11 @@ public:
     virtual StatusCode IsDifferent(const void* data, std::uint32_t length, bool& different) const;
 
 protected:
+    /// An undefined value of the class with base type number `typeNumber`.
     explicit IFieldType(std::uint8_t typeNumber) noexcept : defined(false), number(typeNumber) {}
+    /// Copies `defined` and `number`; for the copies of the derived classes.
     IFieldType(const IFieldType&) = default;
+    /// Copies `defined` and `number`; for the assignments of the derived classes.
     IFieldType& operator=(const IFieldType&) = default;
 
     /// The conversions of one class from a defined value of another: 28 where there is none.

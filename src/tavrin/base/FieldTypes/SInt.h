@@ -5,8 +5,10 @@
 
 namespace Tavrin {
 
+/// A signed 64-bit integer value, held in an integer field 1, 2, 4 or 8 bytes wide.
 class SInt final : public BasicInteger<std::int64_t> {
 public:
+    /// An undefined value.
     SInt() noexcept : BasicInteger(FieldTypeNumber::SInt) {}
 };
 

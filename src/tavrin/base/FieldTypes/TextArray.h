@@ -9,10 +9,15 @@
 
 namespace Tavrin {
 
+/// A text held in a fixed-size field: a TextString whose body is padded with zero bytes to the
+/// field's size.
 class TextArray final : public PaddedBytes<TextString> {
 public:
+    /// An undefined value.
     TextArray() noexcept : PaddedBytes(FieldTypeNumber::TextArray) {}
 
+    /// Takes the characters of a field's bytes without their trailing zero bytes and marks the value
+    /// defined; 41 if memory runs out.
     StatusCode DeserializeBody(const void* data, std::uint32_t length) override;
 };
 

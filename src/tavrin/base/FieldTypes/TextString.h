@@ -16,15 +16,16 @@
 
 namespace Tavrin {
 
+/// A text of any length, held in a std::string (see the file comment above).
 class TextString : public IFieldType {
 public:
+    /// An undefined value.
     TextString() noexcept : IFieldType(FieldTypeNumber::TextString) {}
 
-    ///@{
-    /// Status 41 if memory runs out.
+    /// Copies the characters of `text` and marks the value defined. Status 41 if memory runs out.
     StatusCode Set(std::string_view text);
+    /// The characters, owned by this object; empty while undefined.
     const std::string& GetText() const noexcept { return text_; }
-    ///@}
 
     void Reset() override;
     void Clear() override;
@@ -38,11 +39,15 @@ public:
     StatusCode IsDifferent(const void* data, std::uint32_t length, bool& different) const override;
 
 protected:
+    /// An undefined value of the class numbered `typeNumber` (TextArray).
     explicit TextString(std::uint8_t typeNumber) noexcept : IFieldType(typeNumber) {}
     StatusCode ConvertFrom(const IFieldType& other) override;
 
+    /// The number of characters.
     std::uint32_t GetTextLength() const noexcept { return static_cast<std::uint32_t>(text_.size()); }
+    /// The characters, for PaddedBytes.
     const void* ValueData() const noexcept { return text_.data(); }
+    /// The number of characters, for PaddedBytes.
     std::uint32_t ValueLength() const noexcept { return GetTextLength(); }
 
 private:
