@@ -17,10 +17,24 @@
 
 namespace Tavrin::Database {
 
+/// Makes unmanaged tables (UnmanagedTable), whose records have the length that the caller gives;
+/// one process-wide instance through GetInstance(). Holds no state, so it may be used from any
+/// thread.
 class UnmanagedTableFactory : public Tavrin::Singleton<UnmanagedTableFactory> {
 public:
     ///@{
-    /// A table without files: it lives in a temporary mapped file.
+    /// An unmanaged table without files, with records of `recordLength` bytes: its store lives in a
+    /// temporary mapped file, and its records go with the table. The array form copies
+    /// `numberOfFields` specifications from `fields` and goes on as the vector form. growRecords
+    /// 0xFFFFFFFF means maxRecords / 2; cacheSize must be 0xFFFFFFFF (the whole store in memory).
+    /// With property bit 0 the store is created at once, else the caller calls CreateRecordFile;
+    /// with bit 1 the table has a mutex. The caller owns the table; failure is thrown, never a null
+    /// result. Before anything is made, DatabaseException 12 for, in this order, a null array or a
+    /// count of 0, maxRecords 0, no fields, a recordLength above TableSpecification::MaxRecordLength;
+    /// then DatabaseException 8 (no message) when the table can't be allocated; then what the
+    /// construction throws (DatabaseException 12 for a field that ends beyond recordLength or that
+    /// the layout refuses, 11 for another cache size, a store that can't be made) with
+    /// DatabaseException 8 `<name>` added to its chain.
     ITable* Create(const std::string& name, std::uint32_t properties, const FieldSpecification* const fields,
                    std::uint32_t numberOfFields, std::uint32_t maxRecords, std::uint32_t recordLength,
                    std::uint32_t growRecords, std::uint32_t cacheSize) const;
@@ -29,7 +43,15 @@ public:
                    std::uint32_t cacheSize) const;
     ///@}
     ///@{
-    /// A table whose files lie in `directory`.
+    /// An unmanaged table whose record file is `directory` + name + ".tab" (each blank of the name
+    /// written '_'), its index files beside it. With property bit 0 the record file is opened and
+    /// its stored description checked, or created when there is none; a file that exists but does
+    /// not open (left open by a crash, damaged, another table's) is left as it is, and the
+    /// construction throws StatusCodeException with the open's status. No directory is ever
+    /// created: in a missing one the record file can't be made (DatabaseException 9, then 8).
+    /// Otherwise as the forms without a directory, and also DatabaseException 12 for an empty
+    /// `directory` (checked after the fields, before the length), and the message `<name>` when
+    /// the table can't be allocated.
     ITable* Create(const std::string& name, const std::string& directory, std::uint32_t properties,
                    const FieldSpecification* const fields, std::uint32_t numberOfFields, std::uint32_t maxRecords,
                    std::uint32_t recordLength, std::uint32_t growRecords, std::uint32_t cacheSize) const;
