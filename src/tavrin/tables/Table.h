@@ -44,11 +44,9 @@ class Index;
 
 class Table : public ITable, public UserDataStore {
 public:
-    ///@{
     /// A growRecords value that means half of maxRecords.
     static constexpr std::uint32_t HalfOfMaxRecords = 0xFFFFFFFF;
     static constexpr std::uint16_t NoIndex = 0xFFFF;
-    ///@}
 
     /// What a factory hands to Construct. `directory` null means a table without files; `recordLength`
     /// is used by the unmanaged layout only.
@@ -65,7 +63,6 @@ public:
 
     ~Table() override;
 
-    ///@{
     /// Record file. CreateRecordFile throws StatusCodeException 26 while indexes exist, and adds
     /// DatabaseException 9 to anything the store throws. OpenRecordFile: 26 while indexes exist, 6
     /// for a table without files, else the store's status (25 for a file that holds another table's
@@ -77,7 +74,6 @@ public:
     StatusCode Convert() override;
     StatusCode SaveAs(const std::string& directory) override;
     StatusCode CopyFiles(const std::string& source, const std::string& destination) override;
-    ///@}
 
     ITable* Clone(const std::string& directory, bool createMutex, bool copyRecords,
                   std::uint32_t batchSize) override;
@@ -95,7 +91,6 @@ public:
     StatusCode DeserializeRecords(MessageValidator& validator, std::vector<Record>& records) override;
     StatusCode DeserializeKeys(MessageValidator& validator, std::vector<Key>& keys) override;
 
-    ///@{
     /// Empties the image of a record of this table and forgets its id; 30 for a record of another
     /// table (or one not bound at all).
     StatusCode ResetRecord(Record& record) override;
@@ -104,7 +99,6 @@ public:
     StatusCode WriteRecord(Record& record) override;
     StatusCode RemoveRecord(Key& key, Record& removed) override;
     StatusCode RemoveRecord(Key& key) override;
-    ///@}
 
     StatusCode GetEqual(std::vector<Key>& keys, std::vector<unsigned char>& statuses,
                         std::vector<Record>& records) override;
@@ -140,7 +134,6 @@ public:
     StatusCode BuildRecord(Record& record, std::uint16_t indexNumber, const KeyValueList& values) override;
     void CheckIntegrity() override;
 
-    ///@{
     /// Accessors: the field operations forward to the field list, the counts to the store.
     FieldList* GetFieldList() override { return fieldList_.get(); }
     TableSpecification GetSpecification() override;
@@ -152,14 +145,10 @@ public:
     bool GetMatchingIndexes(const IndexSpecification& pattern,
                             std::vector<IndexSpecification>& specifications) override;
     std::vector<IndexSpecification> GetIndexSpecificationList() override;
-    ///@}
-    ///@{
     /// Status 6 for a number that is no index.
     StatusCode GetIndexSpecification(std::uint16_t number, IndexSpecification& specification) override;
     std::vector<std::uint16_t> GetFieldIdList() override;
     void GetFirstFieldId(std::uint16_t& id) override;
-    ///@}
-    ///@{
     /// Status 23 for an id that is no field, 6 after the last field.
     StatusCode GetNextFieldId(std::uint16_t& id) override;
     StatusCode GetFieldType(std::uint16_t id, FieldSpecification::Type& type) override;
@@ -171,28 +160,21 @@ public:
     std::uint32_t GetRecordLength() override { return fieldList_->GetDataLength(); }
     std::uint32_t GetNumberOfIndexes() override { return numberOfIndexes_; }
     std::uint16_t GetPrimaryIndex() override { return primaryIndex_; }
-    ///@}
-    ///@{
     /// Status 26 for a number that is no index; the index stays the table's.
     StatusCode GetIndex(std::uint16_t number, IIndex*& index) override;
     bool IsRecordFileOpen() override;
     bool IsInMemory() override { return fileName_.empty(); }
-    ///@}
     /// True when `left` is initialized and `right` is not.
     bool IsOrderedBefore(const FieldListObject& left, const FieldListObject& right) override;
-    ///@{
     /// True when both are initialized and bound to the same table.
     bool IsSameBinding(const FieldListObject& left, const FieldListObject& right) override;
     bool HasField(std::uint16_t id) override;
-    ///@}
 
-    ///@{
     /// The store calls these: the table's description goes into the record file's user data, and a
     /// file whose stored description has another name, layout, field list or record length is
     /// refused with 25. Properties and sizing are not compared.
     StatusCode SerializeUserData(MessageBuilder& builder) override;
     StatusCode DeserializeUserData(MessageValidator& validator) override;
-    ///@}
 
 protected:
     /// Builds the field list with the layout of the derived class.
@@ -228,12 +210,10 @@ protected:
     void AppendDescribedIndex(std::unique_ptr<IIndex> index);
 
 private:
-    ///@{
     /// The index operation that one step of a key read calls; defined in TableRead.cpp.
     enum class KeyStep : std::uint8_t;
     static StatusCode StepIndex(Index& index, KeyStep step, Key& key, std::uint32_t& recordId,
                                 std::uint16_t fieldId, std::uint32_t length);
-    ///@}
     /// The structure of the key's index, or null (status 27) for a key that is not initialized, is
     /// bound to another table or names no index of this one.
     Index* GetKeyIndex(const Key& key) const noexcept;
@@ -247,22 +227,18 @@ private:
     StatusCode StepByKey(KeyStep step, Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length);
     /// StepByKey and the copy of the record found into `record`; takes no lock.
     StatusCode ReadByKey(KeyStep step, Key& key, Record& record, std::uint16_t fieldId, std::uint32_t length);
-    ///@{
     /// The one-record and batch frames of the key reads; each holds the mutex for the whole call.
     StatusCode ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t fieldId = 0,
                        std::uint32_t length = 0);
     StatusCode ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
                          std::uint32_t maxRecords, std::uint16_t fieldId = 0, std::uint32_t length = 0);
-    ///@}
     /// The first step of a store walk: 13 without a store, 30 for a next step from no record, 16
     /// without an open store, else the store's GetFirst or GetNext. Takes no lock.
     StatusCode StepStore(bool fromFirst, std::uint32_t& recordId, unsigned char*& image);
-    ///@{
     /// The one-record and batch frames of the store walks; each holds the mutex for the whole call.
     StatusCode ReadStore(bool fromFirst, std::uint32_t& recordId, Record& record);
     StatusCode ReadStoreBatch(bool fromFirst, std::uint32_t& recordId, std::vector<Record>& records,
                               std::uint32_t maxRecords);
-    ///@}
     // End of reads and messages
 
     // Index management and writes
@@ -281,19 +257,15 @@ protected:
     void CreateIndex(IndexSpecification& specification, const IFieldListFactory& fieldListFactory);
 
 private:
-    ///@{
     /// The structure behind index `number`; every index a table holds derives from Index.
     Index& IndexAt(std::uint16_t number) const noexcept;
     std::unique_ptr<Index> MakeIndex(const IndexSpecification& specification,
                                      const IFieldListFactory& fieldListFactory) const;
-    ///@}
-    ///@{
     /// Opens the index's files with the store's Uuid, or creates them and, when the store holds
     /// records, rebuilds the index from them; then the primary index rule. Throws what the index
     /// throws, and StatusCodeException 26 for a key that a rebuild meets twice.
     void InitializeIndex(Index& index);
     void RebuildIndex(Index& index);
-    ///@}
     /// Takes the newest index off the table after a failed InitializeIndex and removes its files.
     void DiscardNewestIndex() noexcept;
     /// A primary unique index takes the primary place; a unique one takes it while it is free.
@@ -301,27 +273,22 @@ private:
 
     /// The one routine behind the three WriteRecord forms; at most one of the pointers is given.
     StatusCode Write(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds);
-    ///@{
     /// The update of a record whose id is in use and whose key fields are unchanged: no index is
     /// touched. False, with nothing done, when the write must take the key path.
     bool WriteInPlace(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds,
                       StatusCode& status);
     StatusCode WriteByKey(Record& record, Record* previous, const std::vector<std::uint16_t>* fieldIds);
     bool HasKeyFieldChanged(const unsigned char* image, const unsigned char* stored) const;
-    ///@}
     /// Copies the listed fields of `source` into `target`, in list order; 14 unless both are initialized.
     StatusCode MergeFields(Record& target, const Record& source, const std::vector<std::uint16_t>& fieldIds) const;
     /// Binds `key` to index `number` and builds it from a record image and its id.
     StatusCode MakeIndexKey(Key& key, std::uint16_t number, const unsigned char* image, std::uint32_t id);
-    ///@{
     /// Stores a new record and adds its key to every index; a failure is undone and is the result.
     /// `primaryKey` is the primary index's key of the record, as the lookup that found it new built it.
     StatusCode AddNewRecord(Record* previous, Record& record, const Key& primaryKey);
     StatusCode InsertKeys(const unsigned char* image, std::uint32_t id, const Key& primaryKey, std::uint16_t& inserted);
     StatusCode UndoInsertKeys(const unsigned char* image, std::uint32_t id, std::uint16_t inserted,
                               StatusCode failure);
-    ///@}
-    ///@{
     /// Replaces the record `id` that the primary key found, moving the keys of the other indexes
     /// whose key changed; a failure is undone and is the result.
     StatusCode AddExistingRecord(Record* previous, Record& record, std::uint32_t id);
@@ -329,20 +296,17 @@ private:
                         std::uint16_t& failedAt);
     StatusCode UndoMoveKeys(const unsigned char* image, const unsigned char* stored, std::uint32_t id,
                             std::uint16_t failedAt, StatusCode failure);
-    ///@}
     /// The two RemoveRecord forms; `removed`, when given, receives the record.
     StatusCode Remove(Key& key, Record* removed);
     // End of index management and writes
 
 private:
-    ///@{
     /// True for a table built by ConstructDescribed, which answers 13 (see the head of this file).
     /// The store is made once by Construct and kept until destruction, so this needs no lock.
     bool HasNoStore() const noexcept { return !dataStore_; }
     void SetFileNames(const std::string& directory);
     void MakeStore();
     void CreateOrOpenRecordFile();
-    ///@}
     /// `directory`, with '/' appended unless it is empty or ends in '/' or '\', then fileName.
     std::string MakeRecordFilePath(const std::string& directory) const;
 
