@@ -47,6 +47,8 @@
 #include "tavrin/storage/UserDataStore.h"
 
 // Indexes.
+#include "tavrin/indexes/HashIndex.h"
+#include "tavrin/indexes/HashIndexDirectoryWalker.h"
 #include "tavrin/indexes/IIndex.h"
 #include "tavrin/indexes/Index.h"
 #include "tavrin/indexes/KeyValueList.h"

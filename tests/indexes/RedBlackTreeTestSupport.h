@@ -61,9 +61,9 @@ struct TreeHarness {
     std::unique_ptr<RedBlackTreeIndex> index;
 };
 
-// Fills `key` for `index`: the number, the name (undefined when absent) and, in a Duplicate index,
-// the record id tail. The cursor is reset.
-inline void SetKey(Key& key, const RedBlackTreeIndex& index, std::uint32_t number,
+// Fills `key` for `index` (a tree or a hash index): the number, the name (undefined when absent)
+// and, in a Duplicate index, the record id tail. The cursor is reset.
+inline void SetKey(Key& key, const Index& index, std::uint32_t number,
                    const std::optional<std::string>& name, std::uint32_t recordId = 0xFFFFFFFF) {
     const FieldList& list = *index.GetFieldList();
     list.ResetData(key.GetData());

@@ -72,8 +72,6 @@ TEST(TableIndexes, RefusedSpecificationsLeaveTheIndexesBeforeThem) {
          "multiple primary unique indexes defined at index <B> for table <People>", 1},
         {{Tree("A", primary, kId), IndexSpecification("E", IndexSpecification::RedBlack, 2, {})},
          DatabaseException::InvalidParameter, "empty index field list for index <E>", 1},
-        {{IndexSpecification("H", IndexSpecification::Hash, primary, {Field(kId, 0)})},
-         DatabaseException::NotSupported, "hash index <H> for table <People>", 0},
         {{IndexSpecification("X", static_cast<IndexSpecification::Type>(3), primary, {Field(kId, 0)})},
          DatabaseException::InvalidParameter, "", 0},
         {{Tree("A", primary, kId), Tree("M", 2, 99)}, DatabaseException::InvalidParameter, "", 1},

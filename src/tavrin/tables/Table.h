@@ -251,9 +251,10 @@ protected:
     void CreateIndexes(std::vector<IndexSpecification>& specifications, const IFieldListFactory& fieldListFactory);
     /// Checks `specification` against the existing indexes (DatabaseException 12 for a repeated name,
     /// a second primary unique index or no key fields), writes the next number into it, makes the
-    /// index (11 for a hash index, 12 for an unknown type, 4 when none can be allocated) and brings
-    /// its files into line with the records (InitializeIndex). On failure the table has the indexes
-    /// it had before, and the failed index leaves no file that a later open would trust.
+    /// index (a HashIndex or a RedBlackTreeIndex; 12 for an unknown type, 4 when none can be
+    /// allocated) and brings its files into line with the records (InitializeIndex). On failure the
+    /// table has the indexes it had before, and the failed index leaves no file that a later open
+    /// would trust.
     void CreateIndex(IndexSpecification& specification, const IFieldListFactory& fieldListFactory);
 
 private:

@@ -17,6 +17,7 @@
 #include "tavrin/base/File.h"
 #include "tavrin/base/Throw.h"
 #include "tavrin/base/Uuid.h"
+#include "tavrin/indexes/HashIndex.h"
 #include "tavrin/indexes/Index.h"
 #include "tavrin/indexes/RedBlackTreeIndex.h"
 #include "tavrin/records/IFieldListFactory.h"
@@ -76,14 +77,16 @@ void Table::CreateIndex(IndexSpecification& specification, const IFieldListFacto
 
 std::unique_ptr<Index> Table::MakeIndex(const IndexSpecification& specification,
                                         const IFieldListFactory& fieldListFactory) const {
-    if (specification.IsHash()) {
-        ThrowDatabase(CreateIndexOperation, DatabaseException::NotSupported, "hash index <%s> for table <%s>",
-                      specification.GetName().c_str(), name_.c_str());
-    }
+    // Both structures start with room for as many keys as the store has entries, and grow as it does.
     std::unique_ptr<Index> index;
     try {
-        index.reset(new (std::nothrow) RedBlackTreeIndex(specification, *fieldList_, fieldListFactory,
-                                                         dataStore_->GetMaxEntries(), growRecords_));
+        if (specification.IsHash()) {
+            index.reset(new (std::nothrow) HashIndex(specification, *fieldList_, fieldListFactory,
+                                                     dataStore_->GetMaxEntries(), growRecords_));
+        } else {
+            index.reset(new (std::nothrow) RedBlackTreeIndex(specification, *fieldList_, fieldListFactory,
+                                                             dataStore_->GetMaxEntries(), growRecords_));
+        }
     } catch (const std::bad_alloc&) {
         index.reset();
     }
