@@ -171,13 +171,7 @@ TEST(TableIndexes, IndexFilesThatCloseInOrderAreOpenedNotRebuilt) {
         Record record = ToRecord(*table, {marker, 99, 0, 0});
         ASSERT_EQ(table->WriteRecord(record), Status::Success);
     }
-    // Change the marked id in the record file behind the index's back.
-    std::vector<unsigned char> bytes = ReadFile(directory / "People.tab");
-    const unsigned char pattern[] = {0x34, 0x12, 0x5A, 0x5A};
-    auto at = std::search(bytes.begin(), bytes.end(), std::begin(pattern), std::end(pattern));
-    ASSERT_NE(at, bytes.end());
-    at[0] = 0x35;
-    WriteFile(directory / "People.tab", bytes);
+    ChangeStoredId(directory / "People.tab", marker);
 
     auto table = MakePeople(directory.Path());
     Record record;

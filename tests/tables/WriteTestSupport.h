@@ -167,6 +167,18 @@ inline void ExpectIndexesMatchStore(ITable& table) {
     }
 }
 
+// Turns the stored id `marker` into `marker` + 1 in a closed record file, behind the indexes' backs:
+// an index that opens its file afterwards still holds the old id, one rebuilt from the records the new.
+inline void ChangeStoredId(const std::string& recordFile, std::uint32_t marker) {
+    std::vector<unsigned char> bytes = ReadFile(recordFile);
+    const unsigned char pattern[] = {static_cast<unsigned char>(marker), static_cast<unsigned char>(marker >> 8),
+                                     static_cast<unsigned char>(marker >> 16), static_cast<unsigned char>(marker >> 24)};
+    auto at = std::search(bytes.begin(), bytes.end(), std::begin(pattern), std::end(pattern));
+    ASSERT_NE(at, bytes.end());
+    ++at[0];
+    WriteFile(recordFile, bytes);
+}
+
 // ---- A table whose indexes fail on demand -------------------------------------------------------------
 
 // One planned failure: after `countdown` more calls succeed, the next call gives `status`, or
