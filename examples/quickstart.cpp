@@ -11,12 +11,20 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include "TavrinDatabase.h"
 
 using namespace Tavrin;
 using namespace Tavrin::Database;
 
 namespace {
+
+// A directory of this process's own under the temporary path: a table's files have one opener at a
+// time, so two runs of this program side by side must not share one.
+std::filesystem::path ScratchDirectory(const std::string& stem) {
+    return std::filesystem::temp_directory_path() / (stem + "-" + std::to_string(::getpid()));
+}
 
 void Check(StatusCode status, const char* what) {
     if (status != Status::Success) {
@@ -70,7 +78,7 @@ void FieldsAndMessages() {
 }
 
 void StoreSurvivesCloseAndOpen() {
-    const std::filesystem::path directory = std::filesystem::temp_directory_path() / "tavrin-quickstart";
+    const std::filesystem::path directory = ScratchDirectory("tavrin-quickstart");
     std::filesystem::create_directories(directory);
     const std::string file = (directory / "numbers.store").string();
     std::filesystem::remove(file);
@@ -153,7 +161,7 @@ void TypedFieldsAndOrdering() {
 
 enum : std::uint16_t { IdField = 1, CityField = 2, ScoreField = 3, NoteField = 4 };
 
-ITable* OpenPeopleTable(const std::string& directory) {
+std::unique_ptr<ITable> OpenPeopleTable(const std::string& directory) {
     const std::vector<FieldSpecification> fields = {
         FieldSpecification(IdField, "Id", FieldSpecification::UInt, 4, 0, 0),
         FieldSpecification(CityField, "City", FieldSpecification::TextString, 16, 0, 0),
@@ -161,8 +169,8 @@ ITable* OpenPeopleTable(const std::string& directory) {
         FieldSpecification(NoteField, "Note", FieldSpecification::TextString, 32, 0, 0),
     };
     const std::uint32_t properties = TableSpecification::CreateRecordFileProperty | TableSpecification::CreateMutexProperty;
-    ITable* table = ManagedTableFactory::GetInstance().Create("People", directory, properties, fields, 1024, 1024,
-                                                              TableSpecification::CacheAll);
+    std::unique_ptr<ITable> table(ManagedTableFactory::GetInstance().Create("People", directory, properties, fields,
+                                                                            1024, 1024, TableSpecification::CacheAll));
     // Index 0: primary unique on Id. Index 1: by city, and within a city by descending score.
     std::vector<IndexSpecification> indexes = {
         IndexSpecification("ById", IndexSpecification::RedBlack, IndexSpecification::PrimaryUniqueProperty,
@@ -207,13 +215,13 @@ void RemoteTableRoundTrip(ITable& table) {
 }
 
 void TableInADirectory() {
-    const std::filesystem::path directory = std::filesystem::temp_directory_path() / "tavrin-quickstart-table";
+    const std::filesystem::path directory = ScratchDirectory("tavrin-quickstart-table");
     std::filesystem::remove_all(directory);
     std::filesystem::create_directories(directory);
     const char* cities[] = {"Berlin", "Bern", "Boston", "Lisbon", "Lyon"};
     constexpr std::uint32_t people = 5000;
     {
-        std::unique_ptr<ITable> table(OpenPeopleTable(directory.string()));
+        std::unique_ptr<ITable> table = OpenPeopleTable(directory.string());
         Record record(table.get());
         for (std::uint32_t id = 0; id < people; ++id) {
             Check(table->ResetRecord(record), "reset");
@@ -267,7 +275,7 @@ void TableInADirectory() {
         std::printf("  after one update and one removal: %u records\n", count);
     }  // deleting the table closes its files in order
 
-    std::unique_ptr<ITable> table(OpenPeopleTable(directory.string()));
+    std::unique_ptr<ITable> table = OpenPeopleTable(directory.string());
     std::uint32_t count = 0;
     table->GetCurrentRecords(count);
     Record record(table.get());

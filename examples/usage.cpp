@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 #include "TavrinDatabase.h"
 
 using namespace Tavrin::Database;
@@ -31,7 +33,9 @@ std::unique_ptr<ITable> OpenCustomers(const std::string& directory) {
 }
 
 int main() {
-    const std::string directory = (std::filesystem::temp_directory_path() / "tavrin-usage").string();
+    // A directory of this run's own: a table's files have one opener at a time.
+    const std::string directory =
+        (std::filesystem::temp_directory_path() / ("tavrin-usage-" + std::to_string(::getpid()))).string();
     std::filesystem::remove_all(directory);
     std::filesystem::create_directories(directory);
     {
