@@ -15,6 +15,7 @@
 
 #include "StdStores.h"
 #include "StoreRegistry.h"
+#include "tavrin/indexes/HashIndex.h"
 
 namespace Tavrin::Compare {
 namespace {
@@ -94,6 +95,7 @@ TEST_F(StoreRun, EveryStorePassesTheWorkload) {
     const std::vector<StoreEntry> stores = AllStores();
     ASSERT_NE(FindStore(stores, "tavrin"), nullptr);
     ASSERT_NE(FindStore(stores, "std-map"), nullptr);
+    ASSERT_NE(FindStore(stores, "tavrin-hash"), nullptr);
     for (const StoreEntry& store : stores) {
         SCOPED_TRACE(store.name);
         RunResult result;
@@ -119,6 +121,18 @@ TEST_F(StoreRun, OurTableKeepsItsFilesInTheDirectoryOnlyWhenGivenOne) {
     EXPECT_GT(inDirectory.fileBytes, 2000 * 64.0);
     // A record of 64 bytes, a node of 20 bytes and a key of at least 8.
     EXPECT_GE(inDirectory.modelBytesPerRecord, 92.0);
+}
+
+TEST_F(StoreRun, HashStoresKeepTheirIndexFilesInTheDirectoryAndCountTheBuckets) {
+    const std::vector<StoreEntry> stores = AllStores();
+    ASSERT_NE(FindStore(stores, "tavrin-hash"), nullptr);
+    FindStore(stores, "tavrin-hash-dir")->run(2000, Directory());
+    EXPECT_TRUE(std::filesystem::exists(Database::HashIndex::GetEntryFileName(Directory(), "W1", "ByKey")));
+    EXPECT_TRUE(std::filesystem::exists(Database::HashIndex::GetBucketFileName(Directory(), "W1", "ByKey")));
+
+    const RunResult unmanaged = FindStore(stores, "tavrin-hash-unmanaged")->run(2000, Directory());
+    // A record of 64 bytes, an entry of 20 bytes and a key of at least 8, and 1024 buckets of 8 bytes.
+    EXPECT_GE(unmanaged.modelBytesPerRecord, 92.0 + 8.0 * 1024 / 2000);
 }
 
 // A std::map store with one fault, to show that the phase checks catch it.

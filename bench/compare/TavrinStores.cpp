@@ -1,13 +1,19 @@
 // Our table as a W1 store: fields key UInt 8, counter UInt 4, number SInt 8, text TextArray 44, a
-// primary unique red-black tree index on the key, no mutex (one thread), sized for N records up
-// front. Managed or unmanaged (64 bytes, fields packed from offset 0), without a directory
-// (temporary mapped files) or with one.
+// primary unique index on the key (a red-black tree or a hash index), no mutex (one thread), sized
+// for N records up front. Managed or unmanaged (64 bytes, fields packed from offset 0), without a
+// directory (temporary mapped files) or with one.
+//
+// The scan phase walks the tree index in key order; a hash index has no order (its GetFirst
+// answers 13), so over a hash index the scan walks the store in record id order
+// (GetFirstRecord / GetNextRecord) and the harness checks its count and sums only.
 
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "StoreRegistry.h"
+#include "tavrin/indexes/HashIndex.h"
+#include "tavrin/indexes/HashIndexBucketHandler.h"
 #include "tavrin/indexes/IIndex.h"
 #include "tavrin/records/Key.h"
 #include "tavrin/records/Record.h"
@@ -63,13 +69,15 @@ void Require(StatusCode status, const char* what) {
     if (status != Status::Success) throw CompareError(std::string(what) + ": status " + std::to_string(status));
 }
 
+template <IndexSpecification::Type IndexType>
 class TavrinStore {
 public:
-    static constexpr bool Ordered = true;
+    static constexpr bool IsHash = IndexType == IndexSpecification::Hash;
+    static constexpr bool Ordered = !IsHash;
 
-    TavrinStore(std::uint64_t n, Layout layout, const std::string& directory) {
+    TavrinStore(std::uint64_t n, Layout layout, const std::string& directory) : n_(n) {
         table_.reset(MakeTable(layout, directory, static_cast<std::uint32_t>(n)));
-        std::vector<IndexSpecification> indexes{IndexSpecification("ByKey", IndexSpecification::RedBlack,
+        std::vector<IndexSpecification> indexes{IndexSpecification("ByKey", IndexType,
                                                                    IndexSpecification::PrimaryUniqueProperty,
                                                                    {IndexSpecification::Field(KeyField, 0)})};
         table_->CreateIndexes(indexes);
@@ -120,13 +128,16 @@ public:
         return true;
     }
 
-    // GetFirst, then GetNext, a batch of records at a time.
+    // A batch of records at a time: GetFirst, then GetNext over the tree index (key order), or
+    // GetFirstRecord, then GetNextRecord over the store (record id order) beside a hash index.
     template <class Visit>
     void Scan(Visit&& visit) {
         Key walk(table_.get(), 0);
+        std::uint32_t recordId = 0;
         std::vector<Record> batch;
         batch.reserve(ScanBatch);
-        StatusCode status = table_->GetFirst(walk, batch, ScanBatch);
+        StatusCode status = IsHash ? table_->GetFirstRecord(recordId, batch, ScanBatch)
+                                   : table_->GetFirst(walk, batch, ScanBatch);
         while (status == Status::Success) {
             for (const Record& record : batch) {
                 std::uint64_t key = 0;
@@ -138,8 +149,10 @@ public:
                 visit(key, counter, number);
             }
             batch.clear();
-            status = table_->GetNext(walk, batch, ScanBatch);
+            status = IsHash ? table_->GetNextRecord(recordId, batch, ScanBatch)
+                            : table_->GetNext(walk, batch, ScanBatch);
         }
+        if (status != Status::NotFound) Require(status, "scan");
     }
 
     std::uint64_t Count() {
@@ -148,12 +161,20 @@ public:
         return count;
     }
 
-    // What the records and the tree's nodes take at the least: the record image and one node
-    // (20 bytes of links, colour and record id, then the key image) for each record.
+    // What the records and the index take at the least: the record image and, for each record,
+    // one tree node or one hash entry (20 bytes of links, record id and offsets, then the key
+    // image); a hash index adds its bucket array (8 bytes a slot), spread over the N records.
     double ModelBytesPerRecord() {
         IIndex* index = nullptr;
         Require(table_->GetIndex(0, index), "index");
-        return table_->GetRecordLength() + 20.0 + index->GetKeySize();
+        double bytes = table_->GetRecordLength() + 20.0 + index->GetKeySize();
+        if constexpr (IsHash) {
+            const auto* hash = dynamic_cast<const HashIndex*>(index);
+            if (hash == nullptr) throw CompareError("index 0 is no hash index");
+            bytes += HashIndex::BucketHandler::SlotSize * static_cast<double>(hash->MinimumBuckets()) /
+                     static_cast<double>(n_ ? n_ : 1);
+        }
+        return bytes;
     }
 
 private:
@@ -167,6 +188,7 @@ private:
         return true;
     }
 
+    std::uint64_t n_;
     std::unique_ptr<ITable> table_;
     Record record_;
     Key key_;
@@ -174,23 +196,32 @@ private:
     const FieldList* keyList_ = nullptr;
 };
 
+template <IndexSpecification::Type IndexType>
 void AddTavrin(std::vector<StoreEntry>& stores, const char* name, Layout layout, bool inDirectory,
                const std::string& settings) {
     stores.push_back({name, settings, [layout, inDirectory](std::uint64_t n, const std::string& directory) {
-                          return RunW1<TavrinStore>(n, layout, inDirectory ? directory : std::string());
+                          return RunW1<TavrinStore<IndexType>>(n, layout, inDirectory ? directory : std::string());
                       }});
 }
 
 }  // namespace
 
 void AddTavrinStores(std::vector<StoreEntry>& stores) {
+    constexpr auto Tree = IndexSpecification::RedBlack;
+    constexpr auto Hash = IndexSpecification::Hash;
     const std::string common = "primary unique red-black tree on the key, no mutex, maxRecords N";
-    AddTavrin(stores, "tavrin", Layout::Managed, false, "managed table, temporary mapped files, " + common);
-    AddTavrin(stores, "tavrin-dir", Layout::Managed, true, "managed table in a directory, " + common);
-    AddTavrin(stores, "tavrin-unmanaged", Layout::Unmanaged, false,
-              "unmanaged table of 64 bytes, temporary mapped files, " + common);
-    AddTavrin(stores, "tavrin-unmanaged-dir", Layout::Unmanaged, true,
-              "unmanaged table of 64 bytes in a directory, " + common);
+    AddTavrin<Tree>(stores, "tavrin", Layout::Managed, false, "managed table, temporary mapped files, " + common);
+    AddTavrin<Tree>(stores, "tavrin-dir", Layout::Managed, true, "managed table in a directory, " + common);
+    AddTavrin<Tree>(stores, "tavrin-unmanaged", Layout::Unmanaged, false,
+                    "unmanaged table of 64 bytes, temporary mapped files, " + common);
+    AddTavrin<Tree>(stores, "tavrin-unmanaged-dir", Layout::Unmanaged, true,
+                    "unmanaged table of 64 bytes in a directory, " + common);
+    const std::string hash =
+        "primary unique hash index on the key, no mutex, maxRecords N; scan in record id order";
+    AddTavrin<Hash>(stores, "tavrin-hash", Layout::Managed, false, "managed table, temporary mapped files, " + hash);
+    AddTavrin<Hash>(stores, "tavrin-hash-dir", Layout::Managed, true, "managed table in a directory, " + hash);
+    AddTavrin<Hash>(stores, "tavrin-hash-unmanaged", Layout::Unmanaged, false,
+                    "unmanaged table of 64 bytes, temporary mapped files, " + hash);
 }
 
 }  // namespace Tavrin::Compare

@@ -1,5 +1,7 @@
 #include "tavrin/indexes/KeyHash.h"
 
+#include "tavrin/base/Encoding.h"
+
 namespace Tavrin::Database {
 
 namespace {
@@ -23,7 +25,9 @@ void Mix(std::uint32_t& a, std::uint32_t& b, std::uint32_t& c) noexcept {
 }
 
 // Bytes `from` to `to` - 1 of `k` as a little-endian number, lowest byte first; at most 4 bytes.
+// Four whole bytes are read as one word, the same number in fewer instructions.
 std::uint32_t Word(const unsigned char* k, std::uint32_t from, std::uint32_t to) noexcept {
+    if (to - from == 4) return DecodeU32(k + from);
     std::uint32_t word = 0;
     for (std::uint32_t i = from; i < to; ++i) word |= static_cast<std::uint32_t>(k[i]) << (8 * (i - from));
     return word;
