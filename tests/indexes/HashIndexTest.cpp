@@ -1,4 +1,4 @@
-// The files of hash indexes: a walk finds the indexes of one table by their specification files and
+// The files of hash indexes: a walk finds the indexes of one table by their description files and
 // writes nothing, copies open as the originals, Open wants the files' Uuid and leaves them to another
 // opener when it refuses; and an index that can't grow refuses a key until an entry is freed.
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // Construction of a hash index and the life of its three files: creation, opening, copies, Uuid,
 // Sync, Discard, Clear and the checks. The key operations are in HashIndexUpdate.cpp, the names and
-// the specification file in HashIndexFiles.cpp.
+// the description file in HashIndexFiles.cpp.
 #include "tavrin/indexes/HashIndex.h"
 
 #include <exception>

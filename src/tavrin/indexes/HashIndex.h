@@ -67,7 +67,7 @@ public:
     /// Index throws.
     HashIndex(const IndexSpecification& specification, const FieldList& tableFieldList,
               const IFieldListFactory& factory, std::uint32_t initialEntries, std::uint32_t growEntries);
-    /// Closes the bucket, the entry and the specification file, in this order, each with its clean
+    /// Closes the bucket, the entry and the description file, in this order, each with its clean
     /// flag set.
     ~HashIndex() override;
 
@@ -79,7 +79,7 @@ public:
     void CheckIntegrity() override;
 
     ///@{
-    /// Make the three files, each complete before it takes its name: the specification file, the
+    /// Make the three files, each complete before it takes its name: the description file, the
     /// entry file of `initialEntries` free entries and the bucket file of MinimumBuckets() empty
     /// buckets, named by GetSpecificationFileName, GetEntryFileName and GetBucketFileName and
     /// carrying `uuid`; or, without arguments, three temporary files that no walk finds. Throw
@@ -153,8 +153,8 @@ public:
     static std::string GetBucketFileName(const std::string& directory, const std::string& tableName,
                                          const std::string& indexName);
     ///@}
-    /// Appends the specification of every hash index of table `tableName` in `directory` to
-    /// `specifications`, as their specification files hold them (HashIndexDirectoryWalker). Reads
+    /// Appends the IndexSpecification of every hash index of table `tableName` in `directory` to
+    /// `specifications`, as their description files hold them (HashIndexDirectoryWalker). Reads
     /// the files and writes none. 0; 23 when the table name makes no regular expression; else the
     /// walk's status (6 for a missing directory).
     static StatusCode GetSpecifications(const std::string& directory, const std::string& tableName,
@@ -170,7 +170,7 @@ private:
     /// ---- Files (HashIndex.cpp, HashIndexFiles.cpp) ---------------------------------------------
     /// Creates the three files, named when `directory` is given; on failure removes what it made.
     void CreateFiles(const std::string* directory, const std::string* tableName, const Tavrin::Uuid* uuid);
-    /// The specification file: the serialised GetSpecification() and nothing else. Throws
+    /// The description file: the serialised GetSpecification() and nothing else. Throws
     /// DatabaseException 12 "failed to serialize specification for index <%s>" or what the file
     /// throws.
     void CreateSpecification(const std::string* fileName, const Tavrin::Uuid* uuid);
@@ -206,7 +206,7 @@ private:
     KeyOrder order_;
     /// Offset of the record id tail in a key of a Duplicate index; 0 in any other index.
     std::uint32_t duplicateTail_;
-    /// Declared in the order of creation; destroyed bucket file first, specification file last.
+    /// Declared in the order of creation; destroyed bucket file first, description file last.
     FileMappedMemoryManager specification_;
     std::unique_ptr<EntryHandler> entries_;
     std::unique_ptr<BucketHandler> buckets_;

@@ -29,7 +29,7 @@ HashIndexDirectoryWalker::HashIndexDirectoryWalker(const std::string& pattern,
 
 HashIndexDirectoryWalker::~HashIndexDirectoryWalker() = default;
 
-// The part file of a specification file being made ("<name>.<uuid>.part") never matches: the
+// The part file of a description file being made ("<name>.<uuid>.part") never matches: the
 // pattern must match the whole name, which then ends in ".part".
 bool HashIndexDirectoryWalker::OnFile(const std::string& directory, const std::string& name) {
     if (!boost::regex_match(name, pattern_->expression)) return true;

@@ -1,6 +1,6 @@
 #pragma once
 // HashIndexDirectoryWalker: collects the specifications of the hash indexes of one table from the
-// specification files in a directory (HashIndex::GetSpecifications makes and runs it).
+// description files in a directory (HashIndex::GetSpecifications makes and runs it).
 
 #include <memory>
 #include <string>
@@ -11,7 +11,7 @@
 
 namespace Tavrin::Database {
 
-/// Walks one directory for hash index specification files whose whole name matches a regular
+/// Walks one directory for hash index description files whose whole name matches a regular
 /// expression, and appends the IndexSpecification that each holds to the caller's vector. Reads
 /// the files without opening them as mapped files: a walk writes nothing, not even a clean flag,
 /// and may run beside the process that holds the index. Not thread-safe.

@@ -1,7 +1,7 @@
-// The names of a hash index's files, its specification file, and the statics that find and copy the
+// The names of a hash index's files, its description file, and the statics that find and copy the
 // files of a table's hash indexes.
 //
-// The specification file is the 17-byte header, then the IndexSpecification in its serialised form
+// The description file is the 17-byte header, then the IndexSpecification in its serialised form
 // (IndexSpecification.h) and nothing after it. Additional field ids are not serialised, so the file
 // does not hold them. It is what a directory walk reads to learn that the index exists.
 #include <algorithm>
