@@ -2,11 +2,14 @@
 // The fields of a memory store file's header by file offset, and the damage that the header tests
 // write into them: 0, 1, all ones and one value drawn from a fixed seed, cut to the field's width.
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "StoreTestSupport.h"
 #include "tavrin/base/Encoding.h"
 
 namespace Tavrin::Database::Testing {
@@ -58,6 +61,38 @@ inline bool MayOpen(const HeaderField& field, std::uint32_t value, const std::ve
     if (field.name == "initialEntries") return value >= 1 && value <= maxEntries;
     if (field.name == "freeHead" || field.name == "freeTail") return value == 0xFFFFFFFF || value < maxEntries;
     return false;
+}
+
+// Writes every damage of every field into the cleanly closed file `path` in turn, and has `open` open
+// it and check what its kind of file promises; `open` gives the open's status. A file taken (0) must
+// be one MayOpen allows; a refused one must be answered 21, 23 or 25, with nothing written into it
+// but the clean flag of the release. What was taken is kept as the test's "accepted" property.
+template <class Open>
+void SweepHeaderDamage(const std::vector<HeaderField>& fields, const std::string& path, Open open) {
+    const std::vector<unsigned char> original = ReadFile(path);
+    ASSERT_EQ(original[0], 1);
+    std::mt19937 random(7);
+    std::string accepted;
+    for (const HeaderField& field : fields) {
+        for (const std::uint32_t value : DamageValues(field, random)) {
+            SCOPED_TRACE(field.name + " = " + std::to_string(value));
+            const std::vector<unsigned char> damaged = WithField(original, field, value);
+            WriteFile(path, damaged);
+            const StatusCode status = open();
+            if (status == Status::Success) {
+                accepted += field.name + "=" + std::to_string(value) + " ";
+                EXPECT_TRUE(MayOpen(field, value, original)) << "a damaged header was taken";
+                continue;
+            }
+            EXPECT_TRUE(status == Status::Invalid || status == Status::DescriptionDiffers ||
+                        status == Status::WrongVersion)
+                << "status " << int{status};
+            std::vector<unsigned char> released = damaged;
+            released[0] = 1;
+            EXPECT_EQ(ReadFile(path), released) << "the refusal wrote into the file";
+        }
+    }
+    ::testing::Test::RecordProperty("accepted", accepted);
 }
 
 }  // namespace Tavrin::Database::Testing
