@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -75,8 +76,11 @@ TEST(MappedMemory, TemporaryFileIsExclusivePrivateAndLeavesNothing) {
         Mapping mapping = Map(path, 64, Temporary);
         static_cast<char*>(mapping->GetAddress())[0] = 1;
         EXPECT_EQ(directory.Count(), 0u);  // gone from the directory while still mapped
-        mapping->Resize(8192);
+        const char* grown = static_cast<const char*>(mapping->Resize(8192));
         EXPECT_EQ(directory.Count(), 0u);
+        // Growth keeps what was written and adds zero bytes, as a file's growth does.
+        EXPECT_EQ(grown[0], 1);
+        EXPECT_EQ(std::count(grown + 1, grown + 8192, 0), 8191);
     }
     EXPECT_EQ(directory.Count(), 0u);
 

@@ -47,17 +47,19 @@ public:
         }
         if (status != Status::Success) FailCreate(status);
         pending_ = mode == FileMappedMemoryFactory::ModeCreate;
+        anonymous_ = mode == FileMappedMemoryFactory::ModeCreateTemporary;
         if (mode == FileMappedMemoryFactory::ModeOpen) {
             size = ExistingSize();
-        } else if (size != 0) {
+        } else if (size != 0 && !anonymous_) {
             const int error = ::posix_fallocate(file_.GetDescriptor(), 0, size);
             if (error != 0) FailCreate(StatusFromErrno(error));
         }
         if (size == 0) return;
-        void* address = ::mmap(nullptr, size, Protection, MAP_SHARED, file_.GetDescriptor(), 0);
+        void* address = MapNew(size);
         if (address == MAP_FAILED) FailCreate(StatusFromErrno(errno));
         address_ = address;
         size_ = size;
+        AdviseHugePages();
     }
 
     void* GetAddress() override { return address_; }
@@ -67,14 +69,15 @@ public:
         if (size == size_) return address_;
         if (size < size_) ThrowStatus("Tavrin::FileMappedMemory::Resize", Status::Invalid);
         // Reserve the blocks first: a mapping over blocks the disk cannot supply would fault later.
-        const int error = ::posix_fallocate(file_.GetDescriptor(), size_, size - size_);
-        if (error != 0) FailResize(error);
-        void* moved = address_ == nullptr
-                          ? ::mmap(nullptr, size, Protection, MAP_SHARED, file_.GetDescriptor(), 0)
-                          : ::mremap(address_, size_, size, MREMAP_MAYMOVE);
+        if (!anonymous_) {
+            const int error = ::posix_fallocate(file_.GetDescriptor(), size_, size - size_);
+            if (error != 0) FailResize(error);
+        }
+        void* moved = address_ == nullptr ? MapNew(size) : ::mremap(address_, size_, size, MREMAP_MAYMOVE);
         if (moved == MAP_FAILED) FailResize(errno);
         address_ = moved;
         size_ = size;
+        AdviseHugePages();
         return address_;
     }
 
@@ -101,6 +104,18 @@ public:
     }
 
 private:
+    // A temporary mapping outlives no process and is never read back, so it lies in anonymous
+    // memory rather than in a file: the kernel may then back it with huge pages, and a random
+    // lookup in a large index or store costs one translation miss fewer.
+    void* MapNew(std::uint32_t size) {
+        if (anonymous_) return ::mmap(nullptr, size, Protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        return ::mmap(nullptr, size, Protection, MAP_SHARED, file_.GetDescriptor(), 0);
+    }
+
+    void AdviseHugePages() {
+        if (anonymous_) ::madvise(address_, size_, MADV_HUGEPAGE);
+    }
+
     // Exclusive (it must not exist), private to the owner, and gone from its directory at once.
     StatusCode CreateTemporary(const std::string& path) {
         const StatusCode status = file_.CreateNew(path, ReadWrite, 0600);
@@ -129,7 +144,8 @@ private:
     File file_;
     void* address_ = nullptr;
     std::uint32_t size_ = 0;
-    bool pending_ = false;  // a new named file not yet under its name
+    bool pending_ = false;    // a new named file not yet under its name
+    bool anonymous_ = false;  // a temporary mapping, in memory only
 };
 
 }  // namespace

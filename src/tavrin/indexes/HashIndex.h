@@ -188,6 +188,8 @@ private:
     void LinkAtHead(std::uint32_t bucket, std::uint32_t entry) noexcept;
     /// Takes entry `entry` out of the chain of `bucket`: 23 when a neighbour names no entry.
     StatusCode Unlink(std::uint32_t bucket, std::uint32_t entry) noexcept;
+    /// The entry of bucket `bucket` that matches key image `image`, as EntryHandler::Find.
+    StatusCode FindInBucket(std::uint32_t bucket, const unsigned char* image, std::uint32_t& entry) const noexcept;
     /// Adds growEntries free entries; a failure is dropped.
     void GrowEntries() noexcept;
     /// Splits bucket splitIndex into itself and bucket bucketCount + splitIndex; 0 also when the

@@ -23,7 +23,9 @@ constexpr std::uint64_t MaxDataSize = std::numeric_limits<std::uint32_t>::max() 
 }  // namespace
 
 HashIndex::EntryHandler::EntryHandler(const HashIndex& owner) noexcept
-    : owner_(owner), entrySize_(owner.GetKeySize() + EntryHeaderSize) {}
+    : owner_(owner),
+      entrySize_(owner.GetKeySize() + EntryHeaderSize),
+      entryReciprocal_(~std::uint64_t{0} / entrySize_ + 1) {}
 
 HashIndex::EntryHandler::~EntryHandler() { Release(); }
 

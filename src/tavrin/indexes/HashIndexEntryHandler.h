@@ -109,6 +109,13 @@ public:
     /// 6 at the end of the chain, 23 for a link that names no entry or a chain longer than there are
     /// entries.
     StatusCode Find(std::uint32_t head, const unsigned char* key, std::uint32_t& entry) const noexcept;
+    /// Asks for the lines of entry `entry` ahead of their use, when it names one; reads nothing.
+    /// The walk of a chain of two, the usual length, then waits for both entries at once.
+    void Prefetch(std::uint32_t entry) const noexcept {
+        if (!IsEntry(entry)) return;
+        __builtin_prefetch(area_ + entry);
+        __builtin_prefetch(area_ + entry + entrySize_ - 1);
+    }
     /// 0 when the chain from `head` ends within as many steps as there are entries and every link of
     /// it names an entry, else 23.
     StatusCode CheckChain(std::uint32_t head) const noexcept;
@@ -124,7 +131,10 @@ public:
 
     /// Whether `offset` is the offset of an entry: inside the entry area and a multiple of the
     /// entry size. Every offset read from the mapping is tested with it before it is followed.
-    bool IsEntry(std::uint32_t offset) const noexcept { return offset < areaSize_ && offset % entrySize_ == 0; }
+    bool IsEntry(std::uint32_t offset) const noexcept {
+        // offset % entrySize_ == 0 by a multiplication: a chain step then costs no division.
+        return offset < areaSize_ && std::uint64_t{offset} * entryReciprocal_ <= entryReciprocal_ - 1;
+    }
     ///@{
     /// The fields of the entry at `entry`, which IsEntry must accept.
     std::uint32_t GetNext(std::uint32_t entry) const noexcept { return DecodeU32(area_ + entry + NextOffset); }
@@ -176,6 +186,8 @@ private:
     std::uint32_t areaSize_ = 0;
     /// GetKeySize() + 20; the file's entrySize must be this.
     std::uint32_t entrySize_;
+    /// 2^64 / entrySize_, rounded up: n is a multiple of entrySize_ when n * this wraps below it.
+    std::uint64_t entryReciprocal_;
 };
 
 }  // namespace Tavrin::Database

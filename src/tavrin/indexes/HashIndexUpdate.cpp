@@ -32,7 +32,7 @@ StatusCode HashIndex::Find(const Key& key, std::uint32_t& recordId) {
     if (status != Status::Success) return status;
     const unsigned char* image = key.GetData();
     std::uint32_t entry = NoEntry;
-    status = entries_->Find(buckets_->GetHead(buckets_->GetBucket(image)), image, entry);
+    status = FindInBucket(buckets_->GetBucket(image), image, entry);
     if (status == Status::Success) recordId = entries_->GetRecordId(entry);
     return status;
 }
@@ -45,7 +45,7 @@ StatusCode HashIndex::Add(const Key& key, std::uint32_t recordId) {
     const std::uint32_t bucket = buckets_->GetBucket(image);
     // The search also proves the chain sound to its end, so the head may be linked behind.
     std::uint32_t entry = NoEntry;
-    status = entries_->Find(buckets_->GetHead(bucket), image, entry);
+    status = FindInBucket(bucket, image, entry);
     if (status == Status::Success) {
         entries_->SetRecordId(entry, recordId);
         return Status::Success;
@@ -68,12 +68,19 @@ StatusCode HashIndex::Remove(const Key& key) {
     const unsigned char* image = key.GetData();
     const std::uint32_t bucket = buckets_->GetBucket(image);
     std::uint32_t entry = NoEntry;
-    status = entries_->Find(buckets_->GetHead(bucket), image, entry);
+    status = FindInBucket(bucket, image, entry);
     if (status == Status::Success) status = Unlink(bucket, entry);
     if (status != Status::Success) return status;
     entries_->Free(entry);
     if (entries_->GetUsedEntries() < buckets_->GetBucketsInUse()) return Merge();
     return Status::Success;
+}
+
+StatusCode HashIndex::FindInBucket(std::uint32_t bucket, const unsigned char* image,
+                                   std::uint32_t& entry) const noexcept {
+    // Head and tail lie side by side in the bucket: the tail's load starts before the walk needs it.
+    entries_->Prefetch(buckets_->GetTail(bucket));
+    return entries_->Find(buckets_->GetHead(bucket), image, entry);
 }
 
 void HashIndex::LinkAtHead(std::uint32_t bucket, std::uint32_t entry) noexcept {

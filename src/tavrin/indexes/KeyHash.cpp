@@ -59,12 +59,30 @@ std::uint32_t HashBytes(const unsigned char* k, std::uint32_t length, std::uint3
 
 KeyHash::KeyHash(const FieldList& list, std::uint32_t comparedFields, std::uint32_t duplicateTail)
     : list_(&list), duplicateTail_(duplicateTail) {
+    const KeyOrder order(list, comparedFields);
+    if (order.IsInline()) integers_ = order.GetIntegerFields();
     for (auto field = list.Begin(); field != list.End() && field.GetNumber() < comparedFields; ++field) {
         fields_.push_back(field);
     }
 }
 
 std::uint32_t KeyHash::operator()(const unsigned char* key) const noexcept {
+    std::uint32_t hash = integers_.empty() ? HashFields(key) : HashInline(key);
+    if (duplicateTail_ != 0) hash = HashBytes(key + duplicateTail_, DuplicateTailSize, hash);
+    return hash;
+}
+
+// A defined integer field's value bytes are its whole fixed width at its offset.
+std::uint32_t KeyHash::HashInline(const unsigned char* key) const noexcept {
+    std::uint32_t hash = 0;
+    for (const KeyOrder::IntegerField& field : integers_) {
+        hash = field.defined.IsSet(key) ? HashBytes(key + field.offset, field.width, hash)
+                                        : HashBytes(UndefinedBytes, sizeof(UndefinedBytes), hash);
+    }
+    return hash;
+}
+
+std::uint32_t KeyHash::HashFields(const unsigned char* key) const noexcept {
     std::uint32_t hash = 0;
     for (const FieldList::ConstIterator& field : fields_) {
         const void* value = nullptr;
@@ -75,7 +93,6 @@ std::uint32_t KeyHash::operator()(const unsigned char* key) const noexcept {
             hash = HashBytes(UndefinedBytes, sizeof(UndefinedBytes), hash);
         }
     }
-    if (duplicateTail_ != 0) hash = HashBytes(key + duplicateTail_, DuplicateTailSize, hash);
     return hash;
 }
 

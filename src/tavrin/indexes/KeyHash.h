@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "tavrin/indexes/KeyOrder.h"
 #include "tavrin/records/FieldList.h"
 
 namespace Tavrin::Database {
@@ -35,7 +36,13 @@ public:
     std::uint32_t operator()(const unsigned char* key) const noexcept;
 
 private:
+    std::uint32_t HashInline(const unsigned char* key) const noexcept;
+    std::uint32_t HashFields(const unsigned char* key) const noexcept;
+
     const FieldList* list_;
+    /// When every compared field is a fixed-width integer: where each lies, so that its bytes are
+    /// hashed straight from the image; empty otherwise.
+    std::vector<KeyOrder::IntegerField> integers_;
     /// One iterator per compared field, so that a field's bytes are found without a lookup by id.
     std::vector<FieldList::ConstIterator> fields_;
     std::uint32_t duplicateTail_;

@@ -39,7 +39,7 @@ public:
     /// True when Compare takes the inline path.
     bool IsInline() const noexcept { return integersOnly_; }
 
-private:
+    /// Where the inline path finds one compared integer field in an image.
     struct IntegerField {
         std::uint32_t offset;
         std::uint32_t width;
@@ -62,6 +62,10 @@ private:
         }
     };
 
+    /// The compared fields in order when IsInline(), else none.
+    const std::vector<IntegerField>& GetIntegerFields() const noexcept { return fields_; }
+
+private:
     template <class T>
     static int ThreeWay(T a, T b) noexcept {
         return a < b ? -1 : (a > b ? 1 : 0);

@@ -62,7 +62,10 @@ StatusCode FieldListObject::Bind(ITable* table, const FieldList* fieldList, std:
     }
     initialized_ = true;
     table_ = table;
-    tableToken_ = table->GetIdentityToken();
+    // A record read again and again from one table keeps its token: copying it would take and
+    // drop a shared reference, two atomic operations on every read.
+    const IdentityToken& token = table->GetIdentityToken();
+    if (!tableToken_.IsSame(token)) tableToken_ = token;
     fieldList_ = fieldList;
     return Status::Success;
 }
