@@ -83,60 +83,6 @@ TEST(MemoryDataStore, ClosedFileIsExactlyTheLayout) {
     }
 }
 
-TEST(MemoryDataStore, FreeListHandsOutRemovedIdsFirst) {
-    MemoryDataStore store(nullptr, 8, 10, 0);
-    store.Create();
-    for (std::uint32_t seed = 0; seed < 8; ++seed) AddRecord(store, 8, seed);
-    ASSERT_EQ(store.Remove(2), Status::Success);
-    ASSERT_EQ(store.Remove(5), Status::Success);
-    EXPECT_EQ(store.GetCurrentEntries(), 6u);
-    for (const std::uint32_t expected : {5u, 2u, 8u, 9u}) EXPECT_EQ(AddRecord(store, 8, 100 + expected), expected);
-
-    // Full and not allowed to grow; one removal makes room for exactly one.
-    std::uint32_t id = 77;
-    const auto record = MakeRecord(8, 200);
-    EXPECT_EQ(store.Add(id, record.data()), Status::StoreFull);
-    EXPECT_EQ(id, 77u);
-    ASSERT_EQ(store.Remove(0), Status::Success);
-    EXPECT_EQ(AddRecord(store, 8, 200), 0u);
-    EXPECT_EQ(store.Add(id, record.data()), Status::StoreFull);
-    EXPECT_EQ(store.GetMaxEntries(), 10u);
-    EXPECT_TRUE(Holds(store, 5, 8, 105));
-    EXPECT_TRUE(Holds(store, 9, 8, 109));
-}
-
-TEST(MemoryDataStore, ScanInIdOrderAndStatusesOfEntriesNotInUse) {
-    MemoryDataStore store(nullptr, 6, 8, 0);
-    unsigned char buffer[6] = {};
-    unsigned char* record = nullptr;
-    std::uint32_t id = 0;
-    EXPECT_EQ(store.Add(id, buffer), Status::NotOpen);
-    store.Create();
-    EXPECT_EQ(store.GetFirst(id, record), Status::NotFound);
-    for (std::uint32_t seed = 0; seed < 6; ++seed) AddRecord(store, 6, seed);
-    ASSERT_EQ(store.Remove(0), Status::Success);
-    ASSERT_EQ(store.Remove(3), Status::Success);
-    for (const std::uint32_t unused : {0u, 3u, 6u, 8u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(store.Update(unused, buffer), Status::OutOfRange);
-        EXPECT_EQ(store.GetEntry(unused, record), Status::OutOfRange);
-        EXPECT_EQ(store.Read(unused, buffer), Status::Invalid);
-        EXPECT_EQ(store.Remove(unused), Status::Invalid);
-    }
-    const auto updated = MakeRecord(6, 55);
-    ASSERT_EQ(store.Update(4, updated.data()), Status::Success);
-    ASSERT_EQ(store.Read(4, buffer), Status::Success);
-    EXPECT_EQ(std::memcmp(buffer, updated.data(), 6), 0);
-
-    std::vector<std::uint32_t> seen;
-    for (StatusCode status = store.GetFirst(id, record); status == Status::Success;
-         status = store.GetNext(id, record)) {
-        seen.push_back(id);
-    }
-    EXPECT_EQ(seen, (std::vector<std::uint32_t>{1, 2, 4, 5}));
-    id = 0xFFFFFFFF;
-    EXPECT_EQ(store.GetNext(id, record), Status::NotFound);
-}
-
 TEST(MemoryDataStore, ClearStartsIdsAgainAndKeepsTheFileSize) {
     ScratchDirectory directory;
     MemoryDataStore store(nullptr, 3, 2, 3);

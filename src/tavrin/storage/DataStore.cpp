@@ -1,6 +1,7 @@
 #include "tavrin/storage/DataStore.h"
 
-#include "tavrin/base/MessageValidator.h"
+#include <exception>
+#include <limits>
 
 namespace Tavrin::Database {
 
@@ -95,6 +96,25 @@ StatusCode DataStore::WriteUserData(UserDataStore* userData) {
     MessageBuilder builder;
     builder.SetFixedBuffer(data_ + header_.headerSize, header_.userDataSize);
     return userData->SerializeUserData(builder);
+}
+
+bool DataStore::GrowDataArea(std::uint64_t dataSize) noexcept {
+    if (dataSize > std::numeric_limits<std::uint32_t>::max() - FileMappedMemoryManager::HeaderSize) return false;
+    try {
+        data_ = manager_.ResizeDataArea(static_cast<std::uint32_t>(dataSize));
+    } catch (const std::exception&) {
+        return false;
+    }
+    return true;
+}
+
+StatusCode DataStore::SyncMapping() {
+    try {
+        manager_.Sync();
+    } catch (const StatusCodeException& e) {
+        return static_cast<StatusCode>(e.GetCode());
+    }
+    return Status::Success;
 }
 
 void DataStore::Release() {

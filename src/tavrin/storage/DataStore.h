@@ -20,6 +20,7 @@
 #include "tavrin/base/DatabaseException.h"
 #include "tavrin/base/Exception.h"
 #include "tavrin/base/MessageBuilder.h"
+#include "tavrin/base/MessageValidator.h"
 #include "tavrin/base/Status.h"
 #include "tavrin/base/Throw.h"
 #include "tavrin/base/Uuid.h"
@@ -137,8 +138,26 @@ protected:
             return Status::OutOfMemory;
         }
     }
+    /// Maps the store file `fileName` (with the Uuid test when `uuid` is not null) and reads the
+    /// common header and a store's `extension` from its data area; throws StatusCodeException with
+    /// the status of the mapping or of the reading at `site`.
+    template <class Extension>
+    void MapAndReadHeaders(const std::string& fileName, const Uuid* uuid, DataStoreHeader& common,
+                           Extension& extension, ThrowSite site) {
+        data_ = uuid != nullptr ? manager_.Open(fileName, *uuid) : manager_.Open(fileName);
+        MessageValidator validator(data_, manager_.GetDataSize());
+        StatusCode status = common.Deserialize(validator);
+        if (status == Status::Success) status = extension.Deserialize(validator);
+        if (status != Status::Success) ThrowStatus(site, status);
+    }
+    /// Grows the mapping to `dataSize` bytes of data area and refreshes the data area's address:
+    /// false, with the store as it was, when that passes the largest mapped file or the file can't
+    /// grow (no disk space, size limit).
+    bool GrowDataArea(std::uint64_t dataSize) noexcept;
     /// Closes the mapping (clean flag 1) and forgets the data area.
     void Release();
+    /// Writes the whole mapping through to the disk: 0, or the status of the failed write.
+    StatusCode SyncMapping();
 
     FileMappedMemoryManager manager_;  ///< the store file and its mapping, owned
     unsigned char* data_ = nullptr;  ///< data area of the mapping, refreshed after every create, open, resize

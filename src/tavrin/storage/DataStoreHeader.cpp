@@ -14,6 +14,10 @@ StatusCode DataStoreHeader::Serialize(MessageBuilder& builder) const {
 }
 
 StatusCode DataStoreHeader::Deserialize(MessageValidator& validator) {
+    return Deserialize(validator, validator.GetLength());
+}
+
+StatusCode DataStoreHeader::Deserialize(MessageValidator& validator, std::uint64_t dataSize) {
     constexpr StatusCode ok = Status::Success;
     std::uint8_t format = 0;
     const bool complete = validator.ReadUInt8(format) == ok && validator.ReadUInt32(storeType) == ok &&
@@ -23,7 +27,7 @@ StatusCode DataStoreHeader::Deserialize(MessageValidator& validator) {
                           validator.ReadUInt32(currentEntries) == ok && validator.ReadUInt32(maxEntries) == ok;
     if (!complete || format != Format || !valid) return Status::Invalid;
     const std::uint64_t userDataEnd = static_cast<std::uint64_t>(headerSize) + userDataSize;
-    return userDataEnd <= validator.GetLength() ? Status::Success : Status::Invalid;
+    return userDataEnd <= dataSize ? Status::Success : Status::Invalid;
 }
 
 }  // namespace Tavrin::Database

@@ -57,6 +57,10 @@ struct DataStoreHeader {
     /// Reads the 37 bytes and checks them against the validator's length: status 23 when a field is
     /// missing, the format is not 2, `valid` is 0, or the user data area runs past the end.
     StatusCode Deserialize(MessageValidator& validator);
+    /// As Deserialize(validator), for a data area of `dataSize` bytes of which the validator holds
+    /// only a first part (at least the 37 bytes): how a reader that does not map the file checks
+    /// that the user data area lies inside it.
+    StatusCode Deserialize(MessageValidator& validator, std::uint64_t dataSize);
 };
 
 }  // namespace Tavrin::Database

@@ -2,7 +2,6 @@
 // MemoryDataStoreEntries.cpp.
 #include "tavrin/storage/MemoryDataStore.h"
 
-#include <algorithm>
 #include <limits>
 
 #include "tavrin/base/File.h"
@@ -14,12 +13,6 @@ namespace {
 
 constexpr const char* ConstructorOperation = "Tavrin::Database::MemoryDataStore::MemoryDataStore";
 constexpr const char* OpenOperation = "Tavrin::Database::MemoryDataStore::Open";
-constexpr std::uint64_t MaxDataSize = std::numeric_limits<std::uint32_t>::max() - FileMappedMemoryManager::HeaderSize;
-constexpr std::uint32_t MaxEntries = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
-
-bool IsEntryIdOrNone(std::int32_t id, std::uint32_t maxEntries) {
-    return id == MemoryDataStoreHeader::NoEntry || (id >= 0 && static_cast<std::uint32_t>(id) < maxEntries);
-}
 
 }  // namespace
 
@@ -43,7 +36,7 @@ MemoryDataStore::MemoryDataStore(UserDataStore* userData, std::uint32_t recordSi
     extension_.entryStride = recordSize + MemoryDataStoreHeader::EntryFrontSize;
     const std::uint64_t dataSize =
         extension_.firstEntryOffset + static_cast<std::uint64_t>(extension_.entryStride) * initialEntries;
-    if (initialEntries > MaxEntries || dataSize > MaxDataSize) {
+    if (initialEntries > EntryTable::MaxEntries || dataSize > EntryTable::MaxDataSize) {
         ThrowDatabase(ConstructorOperation, DatabaseException::InvalidParameter,
                       "<%u> entries of <%u> bytes do not fit one file", initialEntries, recordSize);
     }
@@ -61,9 +54,9 @@ void MemoryDataStore::CreateFile(const std::string* fileName, const Uuid* uuid) 
     data_ = fileName != nullptr ? manager_.Create(*fileName, dataSize, *uuid) : manager_.Create(dataSize);
     header_.initialEntries = createEntries_;
     header_.currentEntries = 0;
-    header_.maxEntries = createEntries_;
+    header_.maxEntries = 0;
     extension_.freeHead = extension_.freeTail = MemoryDataStoreHeader::NoEntry;
-    LinkEntries(0, createEntries_);
+    Entries().Append(createEntries_);
     try {
         // The whole header and the user data before the file takes its name, so that it opens
         // even if its process dies before the first save.
@@ -84,13 +77,9 @@ StatusCode MemoryDataStore::Open(const std::string& fileName, const Uuid* uuid) 
 }
 
 void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
-    data_ = uuid != nullptr ? manager_.Open(fileName, *uuid) : manager_.Open(fileName);
-    MessageValidator validator(data_, manager_.GetDataSize());
     DataStoreHeader common;
     MemoryDataStoreHeader extension;
-    StatusCode status = common.Deserialize(validator);
-    if (status == Status::Success) status = extension.Deserialize(validator);
-    if (status != Status::Success) ThrowStatus(OpenOperation, status);
+    MapAndReadHeaders(fileName, uuid, common, extension, OpenOperation);
     const std::uint32_t surplus = CheckAgainstSelf(common, extension);
 
     // The owner's check of its user data runs on the adopted header (a tree looks up its root
@@ -102,22 +91,23 @@ void MemoryDataStore::OpenFile(const std::string& fileName, const Uuid* uuid) {
     extension_ = extension;
     if (userData_ != nullptr) {
         MessageValidator userData(data_ + header_.headerSize, header_.userDataSize);
-        status = userData_->DeserializeUserData(userData);
+        const StatusCode status = userData_->DeserializeUserData(userData);
         if (status != Status::Success) {
             header_ = ownHeader;
             extension_ = ownExtension;
             ThrowStatus(OpenOperation, status);
         }
     }
-    FinishGrowth(surplus);
-    RecountEntries();
-    RelinkFreeEntries();
+    // Entries that a process which died inside a growth step added become free ones.
+    EntryTable entries = Entries();
+    if (surplus != 0) entries.Append(surplus);
+    entries.Repair();
     fileName_ = fileName;
     temporary_ = false;
 }
 
 // Throws 25 for a store built for other records, 23 for a header that disagrees with the file. Gives
-// the number of entries that the file has beyond the header's maxEntries: see FinishGrowth.
+// the number of entries that the file has beyond the header's maxEntries: see SurplusEntries.
 std::uint32_t MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common,
                                                 const MemoryDataStoreHeader& extension) const {
     if (common.storeType != header_.storeType || common.userDataSize != header_.userDataSize ||
@@ -127,10 +117,10 @@ std::uint32_t MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common,
     if (extension.entryStride != extension_.entryStride) ThrowStatus(OpenOperation, Status::Invalid);
     const std::uint32_t surplus = SurplusEntries(common.maxEntries);
     // What the entry operations rely on to stay inside the mapping.
-    if (common.headerSize != header_.headerSize || common.maxEntries + std::uint64_t{surplus} > MaxEntries ||
+    if (common.headerSize != header_.headerSize || common.maxEntries + std::uint64_t{surplus} > EntryTable::MaxEntries ||
         common.currentEntries > common.maxEntries || common.initialEntries == 0 ||
-        common.initialEntries > common.maxEntries || !IsEntryIdOrNone(extension.freeHead, common.maxEntries) ||
-        !IsEntryIdOrNone(extension.freeTail, common.maxEntries)) {
+        common.initialEntries > common.maxEntries || !EntryTable::IsIdOrNone(extension.freeHead, common.maxEntries) ||
+        !EntryTable::IsIdOrNone(extension.freeTail, common.maxEntries)) {
         ThrowStatus(OpenOperation, Status::Invalid);
     }
     return surplus;
@@ -139,26 +129,14 @@ std::uint32_t MemoryDataStore::CheckAgainstSelf(const DataStoreHeader& common,
 // The file must be exactly as long as `maxEntries` entries make it (else 23), with one exception: a
 // process that died inside a growth step, after the file was extended and before maxEntries was
 // written, leaves whole entries of zero bytes behind the last one. They were never linked and hold
-// nothing, so they are counted here and linked by FinishGrowth rather than making the file unusable.
+// nothing, so they are counted here and linked by OpenFile rather than making the file unusable.
 std::uint32_t MemoryDataStore::SurplusEntries(std::uint32_t maxEntries) const {
-    const std::uint64_t expected = extension_.firstEntryOffset + std::uint64_t{extension_.entryStride} * maxEntries;
-    const std::uint64_t actual = manager_.GetDataSize();
-    if (actual == expected) return 0;
-    const std::uint64_t surplus = actual - expected;
-    if (actual < expected || surplus % extension_.entryStride != 0) ThrowStatus(OpenOperation, Status::Invalid);
-    const unsigned char* begin = data_ + expected;
-    if (std::any_of(begin, begin + surplus, [](unsigned char byte) { return byte != 0; })) {
+    const EntryTable::Layout layout{extension_.firstEntryOffset, extension_.entryStride, 0, 0};
+    std::uint32_t surplus = 0;
+    if (!EntryTable::CountSurplus(data_, manager_.GetDataSize(), layout, maxEntries, surplus)) {
         ThrowStatus(OpenOperation, Status::Invalid);
     }
-    return static_cast<std::uint32_t>(surplus / extension_.entryStride);
-}
-
-// Completes the growth step that a dead process began: the surplus entries become free entries.
-void MemoryDataStore::FinishGrowth(std::uint32_t surplus) noexcept {
-    if (surplus == 0) return;
-    const std::uint32_t first = header_.maxEntries;
-    SetMaxEntries(first + surplus);
-    LinkEntries(first, surplus);
+    return surplus;
 }
 
 StatusCode MemoryDataStore::Flush() {
@@ -186,12 +164,7 @@ StatusCode MemoryDataStore::Close() {
 StatusCode MemoryDataStore::Sync() {
     const StatusCode status = Flush();
     if (status != Status::Success || temporary_) return status;
-    try {
-        manager_.Sync();
-    } catch (const StatusCodeException& e) {
-        return static_cast<StatusCode>(e.GetCode());
-    }
-    return Status::Success;
+    return SyncMapping();
 }
 
 void MemoryDataStore::Discard() {

@@ -26,6 +26,7 @@
 #include <string>
 
 #include "tavrin/storage/DataStore.h"
+#include "tavrin/storage/EntryTable.h"
 #include "tavrin/storage/MemoryDataStoreHeader.h"
 
 namespace Tavrin::Database {
@@ -139,12 +140,8 @@ private:
     void AdoptFile(const DataStoreHeader& common, const MemoryDataStoreHeader& extension, std::uint32_t surplus);
     std::uint32_t CheckAgainstSelf(const DataStoreHeader& common, const MemoryDataStoreHeader& extension) const;
     std::uint32_t SurplusEntries(std::uint32_t maxEntries) const;
-    void FinishGrowth(std::uint32_t surplus) noexcept;
-    /// Sets currentEntries to the number of entries whose used flag is set.
-    void RecountEntries() noexcept;
-    /// Makes the free list again from the used flags when it does not lead through exactly the
-    /// entries not in use; runs after RecountEntries.
-    void RelinkFreeEntries() noexcept;
+    /// The entries and free list in the mapping as it is now.
+    EntryTable Entries() noexcept;
     /// Writes the user data and the whole header into the mapping; `valid` is written as 0 when the
     /// owner's data does not fit. The status of the header's write.
     StatusCode Save();
@@ -156,17 +153,8 @@ private:
         return id < header_.maxEntries &&
                (EntryAt(id)[MemoryDataStoreHeader::EntryUsedOffset] & MemoryDataStoreHeader::EntryUsedBit) != 0;
     }
-    StatusCode Scan(std::uint64_t from, std::uint32_t& id, unsigned char*& record) const noexcept;
-    void LinkEntries(std::uint32_t first, std::uint32_t count) noexcept;
+    StatusCode Scan(std::uint64_t from, std::uint32_t& id, unsigned char*& record) noexcept;
     void Grow() noexcept;
-
-    ///@{
-    /// Each sets a header field and writes it through to the mapping.
-    void SetCurrentEntries(std::uint32_t value) noexcept;
-    void SetMaxEntries(std::uint32_t value) noexcept;
-    void SetFreeHead(std::int32_t value) noexcept;
-    void SetFreeTail(std::int32_t value) noexcept;
-    ///@}
 
     MemoryDataStoreHeader extension_;
     UserDataStore* userData_;  // not owned

@@ -25,6 +25,7 @@
 #include "tavrin/base/MessageValidator.h"
 #include "tavrin/base/Status.h"
 #include "tavrin/storage/DataStoreHeader.h"
+#include "tavrin/storage/EntryTable.h"
 
 namespace Tavrin::Database {
 
@@ -34,11 +35,11 @@ struct MemoryDataStoreHeader {
     static constexpr std::uint32_t FreeTailOffset = 50;
     static constexpr std::uint32_t Size = 54;  // common header and this extension
 
-    static constexpr std::uint32_t EntryUsedOffset = 0;
-    static constexpr std::uint32_t EntryNextOffset = 4;
-    static constexpr std::uint32_t EntryFrontSize = 8;
-    static constexpr std::uint8_t EntryUsedBit = 1;
-    static constexpr std::int32_t NoEntry = -1;
+    // The entry's front and the free list's end (EntryTable.h).
+    static constexpr std::uint32_t EntryUsedOffset = EntryTable::UsedOffset;
+    static constexpr std::uint32_t EntryFrontSize = EntryTable::FrontSize;
+    static constexpr std::uint8_t EntryUsedBit = EntryTable::UsedBit;
+    static constexpr std::int32_t NoEntry = EntryTable::NoEntry;
 
     std::uint32_t firstEntryOffset = 0;
     std::uint32_t entryStride = 0;
