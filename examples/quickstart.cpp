@@ -1,7 +1,8 @@
 // A tour of TavrinDatabase: lay out records from field specifications, write and read typed fields,
 // order records by a descending key, keep records in a mapped store, and then the real thing: a table
 // in a directory with a primary and a secondary index, read by key, walked both ways and by prefix,
-// updated, removed, closed and opened again, and described to a remote table through a message.
+// updated, removed, closed and opened again from the name of its record file, saved as a copy,
+// and described to a remote table through a message.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -161,7 +162,7 @@ void TypedFieldsAndOrdering() {
 
 enum : std::uint16_t { IdField = 1, CityField = 2, ScoreField = 3, NoteField = 4 };
 
-std::unique_ptr<ITable> OpenPeopleTable(const std::string& directory) {
+std::unique_ptr<ITable> CreatePeopleTable(const std::string& directory) {
     const std::vector<FieldSpecification> fields = {
         FieldSpecification(IdField, "Id", FieldSpecification::UInt, 4, 0, 0),
         FieldSpecification(CityField, "City", FieldSpecification::TextString, 16, 0, 0),
@@ -221,7 +222,7 @@ void TableInADirectory() {
     const char* cities[] = {"Berlin", "Bern", "Boston", "Lisbon", "Lyon"};
     constexpr std::uint32_t people = 5000;
     {
-        std::unique_ptr<ITable> table = OpenPeopleTable(directory.string());
+        std::unique_ptr<ITable> table = CreatePeopleTable(directory.string());
         Record record(table.get());
         for (std::uint32_t id = 0; id < people; ++id) {
             Check(table->ResetRecord(record), "reset");
@@ -275,15 +276,27 @@ void TableInADirectory() {
         std::printf("  after one update and one removal: %u records\n", count);
     }  // deleting the table closes its files in order
 
-    std::unique_ptr<ITable> table = OpenPeopleTable(directory.string());
+    // The record file holds the table's description and each index file its index's, so the name of
+    // the record file brings back the table with both indexes.
+    std::unique_ptr<ITable> table(OpenTable((directory / "People.tab").string(), true, true));
     std::uint32_t count = 0;
     table->GetCurrentRecords(count);
     Record record(table.get());
     Key byId(table.get(), 0);
     byId.GetFieldList()->SetField(byId.GetData(), IdField, static_cast<std::uint32_t>(1234));
     Check(table->GetEqual(byId, record), "get 1234 after reopening");
-    std::printf("reopened People: %u records, #1234 kept its update:\n", count);
+    std::printf("reopened People with %u indexes: %u records, #1234 kept its update:\n",
+                table->GetNumberOfIndexes(), count);
     PrintPerson(record);
+
+    // A copy of every file of the open table, which opens as the table does.
+    const std::filesystem::path backup = directory / "backup";
+    std::filesystem::create_directories(backup);
+    Check(table->SaveAs(backup.string()), "save as");
+    std::unique_ptr<ITable> saved(OpenTable((backup / "People.tab").string(), true, true));
+    saved->GetCurrentRecords(count);
+    std::printf("the copy in %s: %u records\n", backup.c_str(), count);
+    saved.reset();
 
     RemoteTableRoundTrip(*table);
     table.reset();

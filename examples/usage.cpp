@@ -1,5 +1,5 @@
 // A table in a directory with a primary and a secondary index: records written, found by key,
-// walked in key order, and the table opened again from its files.
+// walked in key order, and the table opened again from the name of its record file.
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -14,7 +14,7 @@ using namespace Tavrin::Database;
 
 enum : std::uint16_t { Id = 1, City = 2 };
 
-std::unique_ptr<ITable> OpenCustomers(const std::string& directory) {
+std::unique_ptr<ITable> CreateCustomers(const std::string& directory) {
     const std::vector<FieldSpecification> fields = {
         FieldSpecification(Id, "Id", FieldSpecification::UInt, 4, 0, 0),
         FieldSpecification(City, "City", FieldSpecification::TextString, 24, 0, 0),
@@ -28,7 +28,7 @@ std::unique_ptr<ITable> OpenCustomers(const std::string& directory) {
         IndexSpecification("ByCity", IndexSpecification::RedBlack, IndexSpecification::DuplicateProperty,
                            {IndexSpecification::Field(City, 0)}),
     };
-    table->CreateIndexes(indexes);  // opens the index files, or rebuilds them from the records
+    table->CreateIndexes(indexes);  // makes the index files beside the record file
     return table;
 }
 
@@ -39,7 +39,7 @@ int main() {
     std::filesystem::remove_all(directory);
     std::filesystem::create_directories(directory);
     {
-        std::unique_ptr<ITable> table = OpenCustomers(directory);
+        std::unique_ptr<ITable> table = CreateCustomers(directory);
         Record record(table.get());
         const char* cities[] = {"Oslo", "Lima", "Kyiv", "Lima"};
         for (std::uint32_t id = 1; id <= 4; ++id) {
@@ -50,7 +50,8 @@ int main() {
         }
     }  // deleting the table closes its files in order
 
-    std::unique_ptr<ITable> table = OpenCustomers(directory);
+    // The record file describes its table, and each index file its index: its name is all it takes.
+    std::unique_ptr<ITable> table(OpenTable(directory + "/Customers.tab", true, true));
     Record record(table.get());
     Key byId(table.get(), 0);
     byId.GetFieldList()->SetField(byId.GetData(), Id, std::uint32_t{3});

@@ -153,15 +153,20 @@ public:
     static std::string GetBucketFileName(const std::string& directory, const std::string& tableName,
                                          const std::string& indexName);
     ///@}
+    /// The three names above, in that order.
+    static std::vector<std::string> GetFileNames(const std::string& directory, const std::string& tableName,
+                                                 const std::string& indexName);
     /// Appends the IndexSpecification of every hash index of table `tableName` in `directory` to
     /// `specifications`, as their description files hold them (HashIndexDirectoryWalker). Reads
     /// the files and writes none. 0; 23 when the table name makes no regular expression; else the
     /// walk's status (6 for a missing directory).
     static StatusCode GetSpecifications(const std::string& directory, const std::string& tableName,
                                         std::vector<IndexSpecification>& specifications);
-    /// Copies the three files of every hash index of `tableName` from `source` to `destination`,
-    /// replacing files there, in the order that GetSpecifications finds them: 0, or the first status
-    /// that is not (GetSpecifications' or File::Copy's); copies made before it stay.
+    /// Copies the three files of every hash index of `tableName` (only its own: the description
+    /// file named exactly by GetSpecificationFileName for the index name stored inside) from
+    /// `source` to `destination`, replacing files there, as one set (Tavrin::FileSet::Copy): 0; the
+    /// walk's status; 23 when both are the same directory; 17 while a table holds one of the files;
+    /// else the status of the failed copy, after the copies made are removed again.
     static StatusCode CopyFiles(const std::string& source, const std::string& destination,
                                 const std::string& tableName);
 
@@ -183,13 +188,13 @@ private:
     /// ---- Keys and chains (HashIndexUpdate.cpp) ---------------------------------------------------
     /// 16 while not open, 23 when `key` can't hold a key image of this index.
     StatusCode CheckUsable(const Key& key) const noexcept;
+    /// The entry of bucket `bucket` that matches key image `image`, as EntryHandler::Find.
+    StatusCode FindInBucket(std::uint32_t bucket, const unsigned char* image, std::uint32_t& entry) const noexcept;
     /// Puts entry `entry` at the head of the chain of `bucket`. The old head must be an entry or
     /// none; the caller has checked it.
     void LinkAtHead(std::uint32_t bucket, std::uint32_t entry) noexcept;
     /// Takes entry `entry` out of the chain of `bucket`: 23 when a neighbour names no entry.
     StatusCode Unlink(std::uint32_t bucket, std::uint32_t entry) noexcept;
-    /// The entry of bucket `bucket` that matches key image `image`, as EntryHandler::Find.
-    StatusCode FindInBucket(std::uint32_t bucket, const unsigned char* image, std::uint32_t& entry) const noexcept;
     /// Adds growEntries free entries; a failure is dropped.
     void GrowEntries() noexcept;
     /// Splits bucket splitIndex into itself and bucket bucketCount + splitIndex; 0 also when the

@@ -7,12 +7,10 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
-#include <new>
-
-#include <boost/regex.hpp>
+#include <utility>
 
 #include "tavrin/base/DatabaseException.h"
-#include "tavrin/base/File.h"
+#include "tavrin/base/FileSet.h"
 #include "tavrin/base/MessageBuilder.h"
 #include "tavrin/base/MessageValidator.h"
 #include "tavrin/indexes/HashIndex.h"
@@ -54,6 +52,12 @@ std::string HashIndex::GetBucketFileName(const std::string& directory, const std
     return Stem(directory, tableName, indexName) + ".hash-bucket.idx";
 }
 
+std::vector<std::string> HashIndex::GetFileNames(const std::string& directory, const std::string& tableName,
+                                                 const std::string& indexName) {
+    return {GetSpecificationFileName(directory, tableName, indexName),
+            GetEntryFileName(directory, tableName, indexName), GetBucketFileName(directory, tableName, indexName)};
+}
+
 void HashIndex::CreateSpecification(const std::string* fileName, const Tavrin::Uuid* uuid) {
     MessageBuilder builder;
     if (GetSpecification().Serialize(builder) != Status::Success) {
@@ -90,35 +94,20 @@ StatusCode HashIndex::OpenSpecification(const std::string& fileName, const Tavri
 
 StatusCode HashIndex::GetSpecifications(const std::string& directory, const std::string& tableName,
                                         std::vector<IndexSpecification>& specifications) {
-    // The table name enters as it stands: characters of regular expressions in it keep their
-    // meaning. The "-" right behind it keeps tables whose names start alike apart, and entry and
-    // bucket files do not match, for "-entry" and "-bucket" stand behind ".hash".
-    try {
-        const std::string pattern = WithoutBlanks(tableName) + "-" + ".+" + "\\" + ".hash" + "\\" + ".idx";
-        HashIndexDirectoryWalker walker(pattern, specifications);
-        return walker.Walk(directory, "");
-    } catch (const boost::regex_error&) {
-        return Status::Invalid;
-    } catch (const std::bad_alloc&) {
-        return Status::OutOfMemory;
-    }
+    return HashIndexDirectoryWalker::Find(directory, tableName, IndexDirectoryWalker::Scope::Pattern, specifications);
 }
 
 StatusCode HashIndex::CopyFiles(const std::string& source, const std::string& destination,
                                 const std::string& tableName) {
     std::vector<IndexSpecification> specifications;
-    StatusCode status = GetSpecifications(source, tableName, specifications);
+    const StatusCode status =
+        HashIndexDirectoryWalker::Find(source, tableName, IndexDirectoryWalker::Scope::OwnFiles, specifications);
     if (status != Status::Success) return status;
-    using NameFunction = std::string (*)(const std::string&, const std::string&, const std::string&);
-    constexpr NameFunction names[] = {&GetSpecificationFileName, &GetEntryFileName, &GetBucketFileName};
+    std::vector<std::string> names;
     for (const IndexSpecification& specification : specifications) {
-        for (const NameFunction name : names) {
-            status = File::Copy(name(source, tableName, specification.GetName()),
-                                name(destination, tableName, specification.GetName()), true);
-            if (status != Status::Success) return status;
-        }
+        for (std::string& name : GetFileNames("", tableName, specification.GetName())) names.push_back(std::move(name));
     }
-    return Status::Success;
+    return Tavrin::FileSet::Copy(source, destination, names);
 }
 
 }  // namespace Tavrin::Database

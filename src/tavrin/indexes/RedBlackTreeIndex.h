@@ -42,6 +42,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tavrin/base/MessageBuilder.h"
 #include "tavrin/base/MessageValidator.h"
@@ -158,6 +159,25 @@ public:
     /// "/" is left out after an empty directory or one that ends in "/" or "\".
     static std::string GetFileName(const std::string& directory, const std::string& tableName,
                                    const std::string& indexName);
+    /// The files of one tree index: GetFileName alone.
+    static std::vector<std::string> GetFileNames(const std::string& directory, const std::string& tableName,
+                                                 const std::string& indexName) {
+        return {GetFileName(directory, tableName, indexName)};
+    }
+    /// Appends the specifications of the tree files in `directory` whose names match the pattern of
+    /// `tableName` (RedBlackTreeIndexDirectoryWalker), in the order of the walk, which is the byte
+    /// order of the names. The pattern may also find the files of other tables ("a-b" for "a").
+    /// Writes nothing. Status 0, 6 for a missing directory, 23 when the table name makes no regular
+    /// expression, else the walk's status.
+    static StatusCode GetSpecifications(const std::string& directory, const std::string& tableName,
+                                        std::vector<IndexSpecification>& specifications);
+    /// Copies the tree files of table `tableName` (only its own: named exactly by GetFileName for the
+    /// index name stored inside) from the directory `source` to `destination`, as one set
+    /// (Tavrin::FileSet::Copy): 0; the walk's status; 23 when both are the same directory; 17 while a
+    /// table holds one of the files; else the status of the failed copy, after the copies made are
+    /// removed again.
+    static StatusCode CopyFiles(const std::string& source, const std::string& destination,
+                                const std::string& tableName);
 
     /// Tests the invariants above by a walk of the whole tree: 0 when they all hold, 23 at the first
     /// that fails, 16 when not open. For tests and diagnosis; it allocates nothing.

@@ -106,11 +106,25 @@ public:
     /// Would rewrite a record file written with another description into this table's layout. Not
     /// available yet: 13 on every table. Takes no lock.
     virtual StatusCode Convert() = 0;
-    /// Would write a copy of the record file and of every index file into `directory`. Not
-    /// available yet: 13 on every table, and the mutex is not taken.
+    /// Writes a copy of the record file, with the store's header and description saved first, and
+    /// then of every index's files, in number order, into `directory` (empty: the working
+    /// directory), under the names the table has in its own directory; the copies carry the table's
+    /// Uuid and open with OpenTable. The table stays open on its own files. Each copy appears
+    /// under its name only when complete, replacing a file there. 0, without writing, for a table
+    /// without files (in memory); 13 for a table without a store (remote); 16 when the record file
+    /// is not open; 23, with nothing written, when `directory` holds the table's own files; else
+    /// the first status that is not 0 (17 when another table holds a file of that name), and then
+    /// every file that this call wrote is removed again, so that no part of a set is left. Holds
+    /// the mutex.
     virtual StatusCode SaveAs(const std::string& directory) = 0;
-    /// Would copy the table's closed files from the directory `source` to `destination`. Not
-    /// available yet: 13 on every table. Takes no lock.
+    /// Copies the closed files of the table of this name from the directory `source` (empty: the
+    /// working directory) to `destination`: the record file and the files of every index whose
+    /// file in `source` is named exactly for this table and the index name stored inside (another
+    /// table's files are never copied, even where its name begins with this one's). The files are
+    /// locked while they are copied, and the copy is one set: 0; 13 for a table without a store;
+    /// 6 when `source` or the record file is missing; 17 while a table holds one of the files;
+    /// 23 when both are the same directory; else the status of the copy that failed, after every
+    /// copy made is removed again. Uses neither the open store nor the mutex.
     virtual StatusCode CopyFiles(const std::string& source, const std::string& destination) = 0;
     ///@}
 
@@ -479,6 +493,9 @@ public:
     virtual std::uint32_t GetRecordLength() = 0;
     /// The number of indexes; the next index gets this number.
     virtual std::uint32_t GetNumberOfIndexes() = 0;
+    /// The number of indexes that CreateTemporaryIndex added. They are the last ones, numbered from
+    /// GetNumberOfIndexes() less this count on; a Database leaves them out of its description.
+    virtual std::uint32_t GetNumberOfTemporaryIndexes() = 0;
     /// The number of the primary index; 0xFFFF when there is none.
     virtual std::uint16_t GetPrimaryIndex() = 0;
     /// Sets `index` to index `number`. It belongs to the table and lives as long as the table; the

@@ -25,6 +25,7 @@ void ManagedTable::CreateTemporaryIndex(IndexSpecification& specification) {
         ThrowDatabase("Tavrin::Database::ManagedTable::CreateTemporaryIndex", DatabaseException::AllocateIndex);
     }
     CreateIndex(specification, ManagedFieldListFactory::GetInstance());
+    NoteTemporaryIndex();
 }
 
 }  // namespace Tavrin::Database

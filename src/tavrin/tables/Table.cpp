@@ -45,7 +45,7 @@ void Table::Construct(const Settings& settings, FieldListMaker makeFieldList) {
 
 void Table::MakeStore() {
     // Only the memory store exists; a cache size asks for a store that keeps its records on disk.
-    if (cacheSize_ != TableSpecification::CacheAll) {
+    if (HasDiskStore()) {
         ThrowDatabase("Tavrin::Database::Table::Construct", DatabaseException::NotSupported,
                       "disk data store with a cache of <%u> k for table <%s>", cacheSize_, name_.c_str());
     }
@@ -69,10 +69,6 @@ StatusCode Table::DeserializeUserData(MessageValidator& validator) {
 // Not available yet, on any table. Once one of these works, it must still answer 13 for a table
 // without a store (HasNoStore), which has nothing to copy, convert or check.
 StatusCode Table::Convert() { return Status::NotAvailable; }
-
-StatusCode Table::SaveAs(const std::string&) { return Status::NotAvailable; }
-
-StatusCode Table::CopyFiles(const std::string&, const std::string&) { return Status::NotAvailable; }
 
 ITable* Table::Clone(const std::string&, bool, bool, std::uint32_t) {
     ThrowStatus("Tavrin::Database::Table::Clone", Status::NotAvailable);

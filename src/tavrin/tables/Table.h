@@ -7,8 +7,8 @@
 // records and no index files, and never will: every operation that needs them answers status 13
 // (Status::NotAvailable) before it looks at its arguments, and throws StatusCodeException 13 where it
 // has no status result. That covers the record file operations, the reads, writes and removals,
-// Clear and the record counts (which also give 0); the operations that are not available yet (Clone,
-// Convert, SaveAs, CopyFiles, CopyRecords, CheckIntegrity) answer 13 on every table.
+// Clear, the record counts (which also give 0), SaveAs and CopyFiles; the operations that are not
+// available yet (Clone, Convert, CopyRecords, CheckIntegrity) answer 13 on every table.
 //
 // Owns: the mutex (property bit 1), the field list, the data store and the indexes. They are made
 // in that order by Construct and released in the reverse one: indexes, store, field list, mutex.
@@ -17,8 +17,10 @@
 // still answers.
 //
 // Files: a table with a directory keeps its records in `directory` + `fileName`, where the file
-// name is the table's name with each blank written '_' and ".tab" behind it. A table without a
-// directory lives in a temporary mapped file.
+// name is the table's name with each blank written '_' and ".tab" behind it (GetRecordFileName).
+// A table without a directory lives in a temporary mapped file. The index files lie beside the
+// record file, named from the table's and the index's names; SaveAs and CopyFiles
+// (TableFiles.cpp) write and copy them all as one set.
 //
 // Locking: the accessors, the record file operations and ResetRecord take no lock (index numbers
 // and the field list never change while indexes exist). The record operations hold the mutex for
@@ -33,6 +35,7 @@
 
 #include "tavrin/base/IMutex.h"
 #include "tavrin/records/FieldList.h"
+#include "tavrin/schema/TableSpecification.h"
 #include "tavrin/storage/DataStore.h"
 #include "tavrin/storage/UserDataStore.h"
 #include "tavrin/tables/ITable.h"
@@ -47,6 +50,21 @@ public:
     /// A growRecords value that means half of maxRecords.
     static constexpr std::uint32_t HalfOfMaxRecords = 0xFFFFFFFF;
     static constexpr std::uint16_t NoIndex = 0xFFFF;
+
+    /// The name of the record file of table `tableName`, without directory: the name with each
+    /// blank written '_', then ".tab".
+    static std::string GetRecordFileName(const std::string& tableName);
+    /// Appends the specifications of the indexes of table `tableName` whose files lie in `directory`:
+    /// the tree indexes, then the hash indexes, each kind in the order of the walk. Only the table's
+    /// own files count: a file is taken only under the exact name that its index's file name rule
+    /// gives for this table and the index name stored in it, so another table's files never are.
+    /// Reads the files and writes none. Status 0, or the walk's (6 for a missing directory).
+    static StatusCode FindIndexSpecifications(const std::string& directory, const std::string& tableName,
+                                              std::vector<IndexSpecification>& specifications);
+    /// The paths of the files of the index `specification` of table `tableName` in `directory`:
+    /// one tree file, or the three files of a hash index.
+    static std::vector<std::string> GetIndexFilePaths(const std::string& directory, const std::string& tableName,
+                                                      const IndexSpecification& specification);
 
     /// What a factory hands to Construct. `directory` null means a table without files; `recordLength`
     /// is used by the unmanaged layout only.
@@ -159,6 +177,7 @@ public:
     StatusCode GetCurrentRecords(std::uint32_t& currentRecords) override;
     std::uint32_t GetRecordLength() override { return fieldList_->GetDataLength(); }
     std::uint32_t GetNumberOfIndexes() override { return numberOfIndexes_; }
+    std::uint32_t GetNumberOfTemporaryIndexes() override { return temporaryIndexes_; }
     std::uint16_t GetPrimaryIndex() override { return primaryIndex_; }
     /// Status 26 for a number that is no index; the index stays the table's.
     StatusCode GetIndex(std::uint16_t number, IIndex*& index) override;
@@ -256,6 +275,8 @@ protected:
     /// table has the indexes it had before, and the failed index leaves no file that a later open
     /// would trust.
     void CreateIndex(IndexSpecification& specification, const IFieldListFactory& fieldListFactory);
+    /// Counts the index that CreateTemporaryIndex has just made (GetNumberOfTemporaryIndexes).
+    void NoteTemporaryIndex() noexcept { ++temporaryIndexes_; }
 
 private:
     /// The structure behind index `number`; every index a table holds derives from Index.
@@ -305,10 +326,16 @@ private:
     /// True for a table built by ConstructDescribed, which answers 13 (see the head of this file).
     /// The store is made once by Construct and kept until destruction, so this needs no lock.
     bool HasNoStore() const noexcept { return !dataStore_; }
+    /// Whether the table asks for a store that keeps its records in a file of their own beside the
+    /// record file (a cache size other than CacheAll).
+    bool HasDiskStore() const noexcept { return cacheSize_ != TableSpecification::CacheAll; }
+    /// The files that hold the store of this table in `directory` (TableFiles.cpp).
+    std::vector<std::string> GetStoreFilePaths(const std::string& directory) const;
     void SetFileNames(const std::string& directory);
     void MakeStore();
     void CreateOrOpenRecordFile();
-    /// `directory`, with '/' appended unless it is empty or ends in '/' or '\', then fileName.
+    /// `directory`, with '/' appended unless it is empty or ends in '/' or '\', then the record file's
+    /// name (GetRecordFileName), also for a table without files.
     std::string MakeRecordFilePath(const std::string& directory) const;
 
     std::string name_;
@@ -323,6 +350,7 @@ private:
     std::unique_ptr<DataStore> dataStore_;
     std::vector<std::unique_ptr<IIndex>> indexes_;  // position is the index number
     std::uint16_t numberOfIndexes_ = 0;             // always indexes_.size()
+    std::uint16_t temporaryIndexes_ = 0;            // the last ones, made by CreateTemporaryIndex
     std::set<std::uint16_t> keyFieldIds_;           // ids of the fields that any index uses
     std::uint16_t primaryIndex_ = NoIndex;
 };

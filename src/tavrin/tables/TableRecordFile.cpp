@@ -19,18 +19,22 @@ bool EndsInSeparator(const std::string& path) { return !path.empty() && (path.ba
 
 }  // namespace
 
+std::string Table::GetRecordFileName(const std::string& tableName) {
+    std::string fileName = tableName;
+    std::replace(fileName.begin(), fileName.end(), ' ', '_');
+    return fileName + ".tab";
+}
+
 void Table::SetFileNames(const std::string& directory) {
     directory_ = directory;
     if (!EndsInSeparator(directory_)) directory_ += '/';
-    fileName_ = name_;
-    std::replace(fileName_.begin(), fileName_.end(), ' ', '_');
-    fileName_ += ".tab";
+    fileName_ = GetRecordFileName(name_);
 }
 
 std::string Table::MakeRecordFilePath(const std::string& directory) const {
     std::string path = directory;
     if (!path.empty() && !EndsInSeparator(path)) path += '/';
-    return path + fileName_;
+    return path + GetRecordFileName(name_);
 }
 
 void Table::CreateOrOpenRecordFile() {

@@ -26,6 +26,7 @@ void UnmanagedTable::CreateTemporaryIndex(IndexSpecification& specification) {
         ThrowDatabase("Tavrin::Database::UnmanagedTable::CreateTemporaryIndex", DatabaseException::AllocateIndex);
     }
     CreateIndex(specification, UnmanagedFieldListFactory::GetInstance());
+    NoteTemporaryIndex();
 }
 
 }  // namespace Tavrin::Database
