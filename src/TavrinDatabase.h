@@ -9,6 +9,7 @@
 #include "tavrin/base/Encoding.h"
 #include "tavrin/base/Exception.h"
 #include "tavrin/base/File.h"
+#include "tavrin/base/FileSet.h"
 #include "tavrin/base/MessageBuilder.h"
 #include "tavrin/base/MessageValidator.h"
 #include "tavrin/base/Singleton.h"
@@ -51,8 +52,10 @@
 #include "tavrin/indexes/HashIndexDirectoryWalker.h"
 #include "tavrin/indexes/IIndex.h"
 #include "tavrin/indexes/Index.h"
+#include "tavrin/indexes/IndexDirectoryWalker.h"
 #include "tavrin/indexes/KeyValueList.h"
 #include "tavrin/indexes/RedBlackTreeIndex.h"
+#include "tavrin/indexes/RedBlackTreeIndexDirectoryWalker.h"
 
 // Schema.
 #include "tavrin/schema/IndexSpecification.h"
@@ -61,5 +64,10 @@
 // Tables.
 #include "tavrin/tables/ITable.h"
 #include "tavrin/tables/ManagedTableFactory.h"
+#include "tavrin/tables/OpenTable.h"
 #include "tavrin/tables/RemoteTableFactory.h"
 #include "tavrin/tables/UnmanagedTableFactory.h"
+
+// The description of a database, and the database.
+#include "tavrin/schema/DatabaseSpecification.h"
+#include "tavrin/database/Database.h"
