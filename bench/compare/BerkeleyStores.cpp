@@ -34,9 +34,9 @@ class BerkeleyStore : public ByteStore<BerkeleyStore> {
 public:
     static constexpr bool Ordered = true;
 
-    BerkeleyStore(std::uint64_t n, DBTYPE type, const std::string& directory) {
+    BerkeleyStore(std::uint64_t n, DBTYPE type, const std::string& directory, std::uint32_t cacheBytes = CacheBytes) {
         Check(db_create(&db_, nullptr, 0), "create");
-        Check(db_->set_cachesize(db_, 0, CacheBytes, 1), "set_cachesize");
+        Check(db_->set_cachesize(db_, 0, cacheBytes, 1), "set_cachesize");
         if (type == DB_HASH) Check(db_->set_h_nelem(db_, static_cast<std::uint32_t>(n)), "set_h_nelem");
         const std::string path = directory + "/w1.db";
         Check(db_->open(db_, nullptr, path.c_str(), nullptr, type, DB_CREATE, 0600), "open");
@@ -110,6 +110,13 @@ public:
     BerkeleyBtreeStore(std::uint64_t n, const std::string& directory) : BerkeleyStore(n, DB_BTREE, directory) {}
 };
 
+// The btree with a cache of a quarter of the data, beside our disk store with the same budget.
+class BerkeleyQuarterBtreeStore : public BerkeleyStore {
+public:
+    BerkeleyQuarterBtreeStore(std::uint64_t n, const std::string& directory)
+        : BerkeleyStore(n, DB_BTREE, directory, static_cast<std::uint32_t>(QuarterCacheBytes(n))) {}
+};
+
 }  // namespace
 
 void AddBerkeleyStores(std::vector<StoreEntry>& stores) {
@@ -117,6 +124,11 @@ void AddBerkeleyStores(std::vector<StoreEntry>& stores) {
     stores.push_back({"bdb-btree", "Berkeley DB btree, " + settings,
                       [](std::uint64_t n, const std::string& directory) {
                           return RunW1<BerkeleyBtreeStore>(n, directory);
+                      }});
+    stores.push_back({"bdb-btree-quarter", "Berkeley DB btree, cache of a quarter of the keys and values, no "
+                      "environment, keys big-endian, closed with DB_NOSYNC",
+                      [](std::uint64_t n, const std::string& directory) {
+                          return RunW1<BerkeleyQuarterBtreeStore>(n, directory);
                       }});
     stores.push_back({"bdb-hash", "Berkeley DB hash expecting N keys, " + settings,
                       [](std::uint64_t n, const std::string& directory) {

@@ -54,10 +54,11 @@ class KyotoStore : public ByteStore<KyotoStore<Database, IsOrdered>> {
 public:
     static constexpr bool Ordered = IsOrdered;
 
-    KyotoStore(std::uint64_t n, const std::string& directory) {
-        db_.tune_map(std::max<std::int64_t>(64 << 20, static_cast<std::int64_t>(n) * 256));
+    // A `cacheBytes` other than 0 is the whole budget: the page cache and the mapped part of the file.
+    KyotoStore(std::uint64_t n, const std::string& directory, std::int64_t cacheBytes = 0) {
+        db_.tune_map(cacheBytes != 0 ? cacheBytes : std::max<std::int64_t>(64 << 20, static_cast<std::int64_t>(n) * 256));
         if constexpr (IsOrdered) {
-            db_.tune_page_cache(PageCacheBytes);
+            db_.tune_page_cache(cacheBytes != 0 ? cacheBytes : PageCacheBytes);
         } else {
             db_.tune_buckets(static_cast<std::int64_t>(n) * 2);
         }
@@ -122,6 +123,13 @@ void AddKyotoStores(std::vector<StoreEntry>& stores) {
     stores.push_back({"kc-tree", "Kyoto Cabinet TreeDB, 256 MiB page cache, " + settings,
                       [](std::uint64_t n, const std::string& directory) {
                           return RunW1<KyotoStore<kc::TreeDB, true>>(n, directory);
+                      }});
+    stores.push_back({"kc-tree-quarter",
+                      "Kyoto Cabinet TreeDB, page cache and tune_map each a quarter of the keys and values, "
+                      "no auto-transaction or auto-sync, keys big-endian",
+                      [](std::uint64_t n, const std::string& directory) {
+                          return RunW1<KyotoStore<kc::TreeDB, true>>(
+                              n, directory, static_cast<std::int64_t>(QuarterCacheBytes(n)));
                       }});
 }
 

@@ -50,19 +50,21 @@ std::vector<FieldSpecification> W1Fields() {
             FieldSpecification(TextField, "Text", FieldSpecification::TextArray, TextSize, 20, 0)};
 }
 
-// An empty directory asks for a table in temporary mapped files.
-ITable* MakeTable(Layout layout, const std::string& directory, std::uint32_t n) {
+// An empty directory asks for a table in temporary mapped files; a cache size other than
+// WholeStoreInMemory for a disk store.
+ITable* MakeTable(Layout layout, const std::string& directory, std::uint32_t n,
+                  std::uint32_t cacheSize = WholeStoreInMemory) {
     const auto& managed = ManagedTableFactory::GetInstance();
     const auto& unmanaged = UnmanagedTableFactory::GetInstance();
     if (directory.empty()) {
         return layout == Layout::Managed
-                   ? managed.Create("W1", CreateRecordFile, W1Fields(), n, HalfOfMax, WholeStoreInMemory)
-                   : unmanaged.Create("W1", CreateRecordFile, W1Fields(), n, UnmanagedLength, HalfOfMax, WholeStoreInMemory);
+                   ? managed.Create("W1", CreateRecordFile, W1Fields(), n, HalfOfMax, cacheSize)
+                   : unmanaged.Create("W1", CreateRecordFile, W1Fields(), n, UnmanagedLength, HalfOfMax, cacheSize);
     }
     return layout == Layout::Managed
-               ? managed.Create("W1", directory, CreateRecordFile, W1Fields(), n, HalfOfMax, WholeStoreInMemory)
+               ? managed.Create("W1", directory, CreateRecordFile, W1Fields(), n, HalfOfMax, cacheSize)
                : unmanaged.Create("W1", directory, CreateRecordFile, W1Fields(), n, UnmanagedLength, HalfOfMax,
-                                  WholeStoreInMemory);
+                                  cacheSize);
 }
 
 void Require(StatusCode status, const char* what) {
@@ -75,8 +77,8 @@ public:
     static constexpr bool IsHash = IndexType == IndexSpecification::Hash;
     static constexpr bool Ordered = !IsHash;
 
-    TavrinStore(std::uint64_t n, Layout layout, const std::string& directory) : n_(n) {
-        table_.reset(MakeTable(layout, directory, static_cast<std::uint32_t>(n)));
+    TavrinStore(std::uint64_t n, Layout layout, const std::string& directory, std::uint32_t cacheSize) : n_(n) {
+        table_.reset(MakeTable(layout, directory, static_cast<std::uint32_t>(n), cacheSize));
         std::vector<IndexSpecification> indexes{IndexSpecification("ByKey", IndexType,
                                                                    IndexSpecification::PrimaryUniqueProperty,
                                                                    {IndexSpecification::Field(KeyField, 0)})};
@@ -198,9 +200,13 @@ private:
 
 template <IndexSpecification::Type IndexType>
 void AddTavrin(std::vector<StoreEntry>& stores, const char* name, Layout layout, bool inDirectory,
-               const std::string& settings) {
-    stores.push_back({name, settings, [layout, inDirectory](std::uint64_t n, const std::string& directory) {
-                          return RunW1<TavrinStore<IndexType>>(n, layout, inDirectory ? directory : std::string());
+               const std::string& settings, bool diskStore = false) {
+    stores.push_back({name, settings, [layout, inDirectory, diskStore](std::uint64_t n, const std::string& directory) {
+                          // A disk store's cache holds a quarter of the keys and values, in kilobytes.
+                          const std::uint32_t cacheSize =
+                              diskStore ? static_cast<std::uint32_t>(QuarterCacheBytes(n) / 1024) : WholeStoreInMemory;
+                          return RunW1<TavrinStore<IndexType>>(n, layout, inDirectory ? directory : std::string(),
+                                                               cacheSize);
                       }});
 }
 
@@ -222,6 +228,9 @@ void AddTavrinStores(std::vector<StoreEntry>& stores) {
     AddTavrin<Hash>(stores, "tavrin-hash-dir", Layout::Managed, true, "managed table in a directory, " + hash);
     AddTavrin<Hash>(stores, "tavrin-hash-unmanaged", Layout::Unmanaged, false,
                     "unmanaged table of 64 bytes, temporary mapped files, " + hash);
+    AddTavrin<Tree>(stores, "tavrin-disk", Layout::Managed, true,
+                    "managed table in a directory, records in a disk store whose cache holds a quarter of the "
+                    "keys and values, " + common, true);
 }
 
 }  // namespace Tavrin::Compare

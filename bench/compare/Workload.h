@@ -24,6 +24,9 @@ constexpr std::uint32_t ValueSize = 56;
 constexpr std::uint32_t TextSize = 44;
 constexpr std::uint32_t KeySize = 8;
 
+// The cache budget of the disk stores' runs: a quarter of the bytes of N keys and values.
+constexpr std::uint64_t QuarterCacheBytes(std::uint64_t n) noexcept { return n * (KeySize + ValueSize) / 4; }
+
 using ValueBytes = std::array<unsigned char, ValueSize>;
 using KeyBytes = std::array<unsigned char, KeySize>;
 

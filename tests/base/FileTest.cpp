@@ -46,10 +46,17 @@ TEST(File, PositionedReadWriteAndTheirFailures) {
     std::uint32_t count = 99;
     ASSERT_EQ(file.Read(buffer, 16, count), Status::Success);
     EXPECT_EQ(count, 2u);
+    // Positional reads and writes leave the position where it was (here at the end, 10).
+    ASSERT_EQ(file.WriteAt("XY", 2, 1), Status::Success);
+    ASSERT_EQ(file.ReadAt(buffer, 4, 0), Status::Success);
+    EXPECT_EQ(std::string(buffer, 4), "0XY3");
+    EXPECT_EQ(file.ReadAt(buffer, 4, 8), Status::LengthMismatch);
+    ASSERT_EQ(file.Read(buffer, 16, count), Status::Success);
+    EXPECT_EQ(count, 0u);
 
     ASSERT_EQ(file.SetSize(3), Status::Success);
     ASSERT_EQ(file.Close(), Status::Success);
-    EXPECT_EQ(ReadAll(directory / "data"), "012");
+    EXPECT_EQ(ReadAll(directory / "data"), "0XY");
     EXPECT_EQ(file.Read(buffer, 1), Status::NotOpen);
     EXPECT_EQ(file.Create(directory / "x", 0, 0), Status::Invalid);
 }

@@ -22,8 +22,8 @@ inline std::vector<IndexSpecification> MixedIndexes() {
             PeopleIndexes()[kByGroup]};
 }
 
-inline std::unique_ptr<ITable> MakeMixedPeople(const std::string& directory) {
-    std::unique_ptr<ITable> table = MakeBarePeople(directory, kCreateFile | 2, 8);
+inline std::unique_ptr<ITable> MakeMixedPeople(const std::string& directory, std::uint32_t cacheSize = kAll) {
+    std::unique_ptr<ITable> table = MakeBarePeople(directory, kCreateFile | 2, 8, kHalf, cacheSize);
     std::vector<IndexSpecification> indexes = MixedIndexes();
     table->CreateIndexes(indexes);
     return table;

@@ -92,16 +92,6 @@ TEST(TableFactory, ConstructionFailuresCarryTheTableName) {
     ASSERT_TRUE(thrown.isDatabase);
     EXPECT_EQ(thrown.code, DatabaseException::InvalidParameter);
 
-    // A cache size asks for a disk store, which does not exist yet.
-    thrown = Catch([&] {
-        delete ManagedTableFactory::GetInstance().Create("Cached", directory.Path(), kCreateFile, SampleFields(), 10,
-                                                         kHalf, 64);
-    });
-    ASSERT_TRUE(thrown.isDatabase);
-    EXPECT_EQ(thrown.code, DatabaseException::NotSupported);
-    EXPECT_NE(thrown.message.find("<Cached>"), std::string::npos) << thrown.message;
-    EXPECT_EQ(thrown.chain,
-              (std::vector<Thrown::Link>{{DatabaseException::AllocateTable, kManagedCreate, "<Cached>"}}));
     EXPECT_EQ(directory.Count(), 0u);
 }
 

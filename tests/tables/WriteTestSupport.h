@@ -48,13 +48,15 @@ inline std::vector<IndexSpecification> PeopleIndexes() {
 }
 
 // The People table without indexes, in memory when `directory` is empty.
+// A `cacheSize` other than kAll gives it a disk store with a cache of that many kilobytes.
 inline std::unique_ptr<ITable> MakeBarePeople(const std::string& directory = "", std::uint32_t properties = kCreateFile,
-                                              std::uint32_t maxRecords = 16, std::uint32_t growRecords = kHalf) {
+                                              std::uint32_t maxRecords = 16, std::uint32_t growRecords = kHalf,
+                                              std::uint32_t cacheSize = kAll) {
     auto& factory = ManagedTableFactory::GetInstance();
     return std::unique_ptr<ITable>(
         directory.empty()
-            ? factory.Create("People", properties, PeopleFields(), maxRecords, growRecords, kAll)
-            : factory.Create("People", directory, properties, PeopleFields(), maxRecords, growRecords, kAll));
+            ? factory.Create("People", properties, PeopleFields(), maxRecords, growRecords, cacheSize)
+            : factory.Create("People", directory, properties, PeopleFields(), maxRecords, growRecords, cacheSize));
 }
 
 // The People table with a mutex and PeopleIndexes().

@@ -262,6 +262,34 @@ StatusCode File::Write(const void* data, std::uint32_t size) {
     return Status::Success;
 }
 
+StatusCode File::ReadAt(void* buffer, std::uint32_t size, std::uint64_t offset) {
+    if (!IsOpen()) return Status::NotOpen;
+    auto* bytes = static_cast<unsigned char*>(buffer);
+    std::uint32_t count = 0;
+    while (count < size) {
+        const ssize_t done = ::pread(descriptor_, bytes + count, size - count, static_cast<off_t>(offset + count));
+        if (done < 0 && errno == EINTR) continue;
+        if (done < 0) return LastErrorStatus();
+        if (done == 0) return Status::LengthMismatch;
+        count += static_cast<std::uint32_t>(done);
+    }
+    return Status::Success;
+}
+
+StatusCode File::WriteAt(const void* data, std::uint32_t size, std::uint64_t offset) {
+    if (!IsOpen()) return Status::NotOpen;
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    std::uint32_t written = 0;
+    while (written < size) {
+        const ssize_t done =
+            ::pwrite(descriptor_, bytes + written, size - written, static_cast<off_t>(offset + written));
+        if (done < 0 && errno == EINTR) continue;
+        if (done < 0) return LastErrorStatus();
+        written += static_cast<std::uint32_t>(done);
+    }
+    return Status::Success;
+}
+
 StatusCode File::SetPosition(std::int64_t position, SeekMethod method) {
     if (!IsOpen()) return Status::NotOpen;
     int whence = SEEK_SET;

@@ -90,6 +90,11 @@ public:
     StatusCode Read(void* buffer, std::uint32_t size, std::uint32_t& count);
     /// Writes all `size` bytes at the position.
     StatusCode Write(const void* data, std::uint32_t size);
+    /// Reads exactly `size` bytes at byte `offset` in one call, leaving the position where it was;
+    /// fewer (the end of the file) is status 22.
+    StatusCode ReadAt(void* buffer, std::uint32_t size, std::uint64_t offset);
+    /// Writes all `size` bytes at byte `offset`, leaving the position where it was.
+    StatusCode WriteAt(const void* data, std::uint32_t size, std::uint64_t offset);
     /// Moves the position to `position` bytes from where `method` says; 23 for an unknown method.
     StatusCode SetPosition(std::int64_t position, SeekMethod method);
     /// Truncates or extends (with zero bytes) the file to `size` bytes; 23 for a negative size. The

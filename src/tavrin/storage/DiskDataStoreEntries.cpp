@@ -18,8 +18,8 @@ namespace {
 using Layout = DiskDataStoreHeader;
 
 
-std::int64_t PositionOf(std::uint32_t id, std::uint32_t recordSize) {
-    return Layout::RecordFileHeaderSize + static_cast<std::int64_t>(std::uint64_t{recordSize} * id);
+std::uint64_t PositionOf(std::uint32_t id, std::uint32_t recordSize) {
+    return Layout::RecordFileHeaderSize + std::uint64_t{recordSize} * id;
 }
 
 }  // namespace
@@ -153,8 +153,7 @@ StatusCode DiskDataStore::Cache(std::uint32_t id, const void* record) noexcept {
 StatusCode DiskDataStore::WriteBack(std::uint32_t id, const unsigned char* record) noexcept {
     unsigned char& mark = EntryAt(id)[Layout::MarkOffset];
     if (mark == Layout::Written) return Status::Success;
-    StatusCode status = recordFile_.SetPosition(PositionOf(id, header_.recordSize), File::FromStart);
-    if (status == Status::Success) status = recordFile_.Write(record, header_.recordSize);
+    const StatusCode status = recordFile_.WriteAt(record, header_.recordSize, PositionOf(id, header_.recordSize));
     if (status != Status::Success) return status;
     ++recordWrites_;
     mark = Layout::Written;
@@ -171,8 +170,7 @@ void DiskDataStore::WriteBackAll() noexcept {
 }
 
 StatusCode DiskDataStore::ReadRecord(std::uint32_t id, void* buffer) noexcept {
-    StatusCode status = recordFile_.SetPosition(PositionOf(id, header_.recordSize), File::FromStart);
-    if (status == Status::Success) status = recordFile_.Read(buffer, header_.recordSize);
+    const StatusCode status = recordFile_.ReadAt(buffer, header_.recordSize, PositionOf(id, header_.recordSize));
     if (status == Status::Success) ++recordReads_;
     return status;
 }

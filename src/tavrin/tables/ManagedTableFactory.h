@@ -13,7 +13,7 @@
 //                                                   TableSpecification::MaxRecordLength (64 MiB)
 //   DatabaseException 8 when the table cannot be allocated;
 //   anything thrown while the table is constructed (a field the layout refuses, a record file that
-//   cannot be made or that exists and does not open, a cache size other than 0xFFFFFFFF), with
+//   cannot be made or that exists and does not open), with
 //   DatabaseException 8 "<name>" added to its chain.
 //
 // growRecords 0xFFFFFFFF means maxRecords / 2; cacheSize 0xFFFFFFFF keeps the whole store in memory.
@@ -38,14 +38,15 @@ public:
     ///@{
     /// A managed table without files: its store lives in a temporary mapped file, and its records
     /// go with the table. The array form copies `numberOfFields` specifications from `fields` and
-    /// goes on as the vector form. growRecords 0xFFFFFFFF means maxRecords / 2; cacheSize must be
-    /// 0xFFFFFFFF (the whole store in memory). With property bit 0 the store is created at once,
+    /// goes on as the vector form. growRecords 0xFFFFFFFF means maxRecords / 2; cacheSize
+    /// 0xFFFFFFFF keeps the whole store in memory, any other value is the kilobytes of a disk store's
+    /// cache. With property bit 0 the store is created at once,
     /// else the caller calls CreateRecordFile; with bit 1 the table has a mutex. The caller owns
     /// the table; failure is thrown, never a null result. Before anything is made,
     /// DatabaseException 12 for, in this order, a null array or a count of 0, maxRecords 0, no
     /// fields, a layout longer than TableSpecification::MaxRecordLength; then DatabaseException 8
     /// (no message) when the table can't be allocated; then what the construction throws (a field
-    /// that the layout refuses, DatabaseException 11 for another cache size, a store that can't be
+    /// that the layout refuses, a store that can't be
     /// made) with DatabaseException 8 `<name>` added to its chain.
     ITable* Create(const std::string& name, std::uint32_t properties, const FieldSpecification* const fields,
                    std::uint32_t numberOfFields, std::uint32_t maxRecords, std::uint32_t growRecords,

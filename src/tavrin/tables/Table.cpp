@@ -7,6 +7,7 @@
 #include "tavrin/base/Throw.h"
 #include "tavrin/indexes/IIndex.h"
 #include "tavrin/schema/TableSpecification.h"
+#include "tavrin/storage/DiskDataStore.h"
 #include "tavrin/storage/MemoryDataStore.h"
 
 namespace Tavrin::Database {
@@ -44,13 +45,15 @@ void Table::Construct(const Settings& settings, FieldListMaker makeFieldList) {
 }
 
 void Table::MakeStore() {
-    // Only the memory store exists; a cache size asks for a store that keeps its records on disk.
+    // The whole store in one mapping, or, for a cache size, the records in a file of their own
+    // behind a cache of that many kilobytes.
     if (HasDiskStore()) {
-        ThrowDatabase("Tavrin::Database::Table::Construct", DatabaseException::NotSupported,
-                      "disk data store with a cache of <%u> k for table <%s>", cacheSize_, name_.c_str());
+        dataStore_.reset(new (std::nothrow) DiskDataStore(this, fieldList_->GetDataLength(), initialMaxRecords_,
+                                                          growRecords_, cacheSize_));
+    } else {
+        dataStore_.reset(new (std::nothrow)
+                             MemoryDataStore(this, fieldList_->GetDataLength(), initialMaxRecords_, growRecords_));
     }
-    dataStore_.reset(new (std::nothrow)
-                         MemoryDataStore(this, fieldList_->GetDataLength(), initialMaxRecords_, growRecords_));
     if (!dataStore_) ThrowDatabase("Tavrin::Database::Table::Construct", DatabaseException::AllocateTable);
 }
 

@@ -207,8 +207,9 @@ protected:
     /// memory store, and with bit 0 creates the record file, or opens it when the table has a
     /// directory. A record file that exists but cannot be opened (left open by a crash, damaged, or
     /// holding another description) is left as it is: StatusCodeException with the open's status.
-    /// A cache size other than CacheAll asks for a disk store, which this library does not have:
-    /// DatabaseException 11. Everything made so far is released by the destructor.
+    /// A cache size other than CacheAll makes a disk store (its records in `<name>.tab.data` behind
+    /// a cache of that many kilobytes), which throws what DiskDataStore's constructor throws.
+    /// Everything made so far is released by the destructor.
     void Construct(const Settings& settings, FieldListMaker makeFieldList);
 
     /// Deletes the indexes in number order, then the store (which saves and closes its file).

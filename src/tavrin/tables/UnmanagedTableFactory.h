@@ -26,14 +26,15 @@ public:
     /// An unmanaged table without files, with records of `recordLength` bytes: its store lives in a
     /// temporary mapped file, and its records go with the table. The array form copies
     /// `numberOfFields` specifications from `fields` and goes on as the vector form. growRecords
-    /// 0xFFFFFFFF means maxRecords / 2; cacheSize must be 0xFFFFFFFF (the whole store in memory).
+    /// 0xFFFFFFFF means maxRecords / 2; cacheSize 0xFFFFFFFF keeps the whole store in memory, any other
+    /// value is the kilobytes of a disk store's cache.
     /// With property bit 0 the store is created at once, else the caller calls CreateRecordFile;
     /// with bit 1 the table has a mutex. The caller owns the table; failure is thrown, never a null
     /// result. Before anything is made, DatabaseException 12 for, in this order, a null array or a
     /// count of 0, maxRecords 0, no fields, a recordLength above TableSpecification::MaxRecordLength;
     /// then DatabaseException 8 (no message) when the table can't be allocated; then what the
     /// construction throws (DatabaseException 12 for a field that ends beyond recordLength or that
-    /// the layout refuses, 11 for another cache size, a store that can't be made) with
+    /// the layout refuses, a store that can't be made) with
     /// DatabaseException 8 `<name>` added to its chain.
     ITable* Create(const std::string& name, std::uint32_t properties, const FieldSpecification* const fields,
                    std::uint32_t numberOfFields, std::uint32_t maxRecords, std::uint32_t recordLength,
