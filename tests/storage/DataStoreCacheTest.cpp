@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <list>
 #include <map>
 #include <random>
 #include <vector>
@@ -80,44 +81,72 @@ TEST(DataStoreCache, AgeFollowsPutsOnlyAndErasedSlotsAreTakenFirst) {
     for (std::uint32_t more = 0; more < 3; ++more) EXPECT_EQ(Put(cache, more, more, false), Status::Success);
 }
 
-TEST(DataStoreCache, WalksInIdOrderWhateverTheAgeOrder) {
-    DataStoreCache cache(EntrySize, 64 * EntrySize);
-    std::map<std::uint32_t, std::uint32_t> model;
+// The cache against a model that knows the age order, so that it predicts which record a forced
+// Put drops: random puts, erases and clears over ids that crowd the cache's id table (runs of
+// neighbours, and multiples of large powers of two), with walks in id order taken between them.
+TEST(DataStoreCache, HoldsWhatAModelOfAgesHoldsAndWalksInIdOrder) {
+    constexpr std::uint32_t Slots = 64;
+    DataStoreCache cache(EntrySize, Slots * EntrySize);
+    std::map<std::uint32_t, std::uint32_t> model;  // id -> seed of its bytes
+    std::list<std::uint32_t> ages;                 // newest first
     std::mt19937 random(3);
-    for (int step = 0; step < 2000; ++step) {
-        const std::uint32_t id = random() % 300;
+    const auto drawId = [&random]() -> std::uint32_t {
+        switch (random() % 3) {
+            case 0: return random() % 300;
+            case 1: return (random() % 40) << 24;
+            default: return 0xFFFFFFFE - random() % 8;
+        }
+    };
+    for (int step = 0; step < 20000 && !HasFailure(); ++step) {
+        const std::uint32_t id = drawId();
         const std::uint32_t seed = random();
-        if (random() % 4 == 0) {
+        const std::uint32_t action = random() % 100;
+        if (action < 25) {
             cache.Erase(id);
             model.erase(id);
-        } else if (Put(cache, id, seed, true) == Status::Success) {
-            if (model.size() == 64 && !model.count(id)) {
-                std::uint32_t oldest = 0;
-                unsigned char* bytes = nullptr;
-                // The forced Put dropped the oldest; the model learns which one from the cache's walk.
-                for (const auto& [cached, ignored] : model) {
-                    if (cache.Find(cached) == nullptr) oldest = cached;
-                }
-                static_cast<void>(bytes);
-                model.erase(oldest);
+            ages.remove(id);
+        } else if (action == 25) {
+            cache.Clear();
+            model.clear();
+            ages.clear();
+        } else {
+            ASSERT_EQ(Put(cache, id, seed, true), Status::Success);
+            if (!model.count(id) && model.size() == Slots) {
+                model.erase(ages.back());
+                ages.pop_back();
             }
+            ages.remove(id);
+            ages.push_front(id);
             model[id] = seed;
         }
+        ASSERT_EQ(cache.GetCount(), model.size());
+        if (step % 97 != 0) continue;
+        std::vector<std::uint32_t> walked;
+        std::uint32_t walkedId = 0;
+        unsigned char* bytes = nullptr;
+        for (StatusCode status = cache.GetFirst(walkedId, bytes); status == Status::Success;
+             status = cache.GetNext(walkedId, bytes)) {
+            walked.push_back(walkedId);
+            EXPECT_TRUE(Holds(cache, walkedId, model[walkedId])) << walkedId;
+        }
+        std::vector<std::uint32_t> expected;
+        for (const auto& [cached, ignored] : model) expected.push_back(cached);
+        ASSERT_EQ(walked, expected) << "step " << step;
+        if (!ages.empty()) {
+            std::uint32_t oldest = 0;
+            ASSERT_EQ(cache.GetOldest(oldest, bytes), Status::Success);
+            EXPECT_EQ(oldest, ages.back());
+        }
     }
-    std::vector<std::uint32_t> walked;
-    std::uint32_t id = 0;
+    std::uint32_t id = 1000;
     unsigned char* bytes = nullptr;
-    for (StatusCode status = cache.GetFirst(id, bytes); status == Status::Success; status = cache.GetNext(id, bytes)) {
-        walked.push_back(id);
-        EXPECT_TRUE(Holds(cache, id, model[id])) << id;
+    if (!model.count(id)) {
+        EXPECT_EQ(cache.GetNext(id, bytes), Status::Invalid);
     }
-    std::vector<std::uint32_t> expected;
-    for (const auto& [cached, seed] : model) expected.push_back(cached);
-    EXPECT_EQ(walked, expected);
-    id = 1000;
-    EXPECT_EQ(cache.GetNext(id, bytes), Status::Invalid);
-    id = walked.back();
-    EXPECT_EQ(cache.GetNext(id, bytes), Status::NotFound);
+    if (!model.empty()) {
+        id = model.rbegin()->first;
+        EXPECT_EQ(cache.GetNext(id, bytes), Status::NotFound);
+    }
 }
 
 }  // namespace

@@ -7,17 +7,20 @@
 // Invariants:
 // 1. The age list always holds every slot: occupied slots first, from the most recently stored to
 //    the oldest, then the empty ones (id NoEntry).
-// 2. The id map holds exactly the occupied slots, in rising id order.
+// 2. The id table holds exactly the occupied slots, each under its id.
 // 3. Every occupied slot counts as changed: the cache has no clean state.
 //
-// Cost: the slots and their bytes are allocated once, at construction, and nothing allocates after
-// it; both the map and the list are intrusive, their links inside the slots. A Put is one map lookup
-// (two when it takes an occupied slot), one list splice and one copy of a record; Find is one map
-// lookup and changes no age. Pointers given out point into the slots' bytes and stay valid until the
-// slot is taken by another id. Not thread-safe: the store's owner locks.
+// Cost: the slots, their bytes, the id table and the id order are allocated once, at construction,
+// and nothing allocates after it. The id table is open addressing with linear probing at a load of
+// at most one half, so a lookup reads one or two neighbouring cells whatever the number of slots;
+// the age list is intrusive, its links inside the slots. A Put is one lookup (two when it takes an
+// occupied slot), one list splice and one copy of a record; Find is one lookup and changes no age.
+// The walk in id order sorts the occupied slots when the set of ids changed since the last walk,
+// so a save pays for the order once and the operations between saves never do. Pointers given out
+// point into the slots' bytes and stay valid until the slot is taken by another id. Not
+// thread-safe: the store's owner locks.
 
 #include <boost/intrusive/list.hpp>
-#include <boost/intrusive/set.hpp>
 
 #include <cstdint>
 #include <memory>
@@ -71,31 +74,50 @@ public:
     /// The bytes of one slot.
     std::uint32_t GetEntrySize() const noexcept { return entrySize_; }
     /// The number of occupied slots.
-    std::uint32_t GetCount() const noexcept { return static_cast<std::uint32_t>(map_.size()); }
+    std::uint32_t GetCount() const noexcept { return count_; }
 
 private:
     using LinkMode = boost::intrusive::link_mode<boost::intrusive::normal_link>;
-    struct Slot : boost::intrusive::list_base_hook<LinkMode>, boost::intrusive::set_base_hook<LinkMode> {
+    struct Slot : boost::intrusive::list_base_hook<LinkMode> {
         std::uint32_t id = NoEntry;
     };
-    struct IdOf {
-        using type = std::uint32_t;
-        std::uint32_t operator()(const Slot& slot) const noexcept { return slot.id; }
-    };
     using AgeList = boost::intrusive::list<Slot, boost::intrusive::constant_time_size<false>>;
-    using IdMap = boost::intrusive::set<Slot, boost::intrusive::key_of_value<IdOf>>;
+    /// A cell of the id table: an id and the number of its slot; id NoEntry when the cell is free.
+    struct Cell {
+        std::uint32_t id = NoEntry;
+        std::uint32_t slot = 0;
+    };
 
-    unsigned char* BytesOf(const Slot& slot) const noexcept {
-        return buffer_.get() + static_cast<std::size_t>(&slot - slots_.get()) * entrySize_;
+    unsigned char* BytesOf(std::uint32_t slot) const noexcept {
+        return buffer_.get() + static_cast<std::size_t>(slot) * entrySize_;
     }
+    std::uint32_t NumberOf(const Slot& slot) const noexcept { return static_cast<std::uint32_t>(&slot - slots_.get()); }
     void MakeNewest(Slot& slot) noexcept { ages_.splice(ages_.begin(), ages_, ages_.iterator_to(slot)); }
+
+    ///@{
+    /// The id table.
+    std::uint32_t HomeOf(std::uint32_t id) const noexcept;
+    /// The cell that holds `id`, or the free cell where its probe ends.
+    std::uint32_t Probe(std::uint32_t id) const noexcept;
+    void Enter(std::uint32_t id, std::uint32_t slot) noexcept;
+    void Remove(std::uint32_t id) noexcept;
+    ///@}
+    /// Sorts the occupied slots by id when the set of ids changed since the last sort.
+    void Order() noexcept;
+    /// The position in the id order of `id`, which must be cached.
+    std::uint32_t PositionOf(std::uint32_t id) const noexcept;
 
     std::unique_ptr<unsigned char[]> buffer_;
     std::uint32_t numEntries_ = 0;
     std::uint32_t entrySize_ = 0;
+    std::uint32_t count_ = 0;
     std::unique_ptr<Slot[]> slots_;
     AgeList ages_;  // declared after the slots, so that it is destroyed before them
-    IdMap map_;
+    std::unique_ptr<Cell[]> cells_;
+    std::uint32_t cellMask_ = 0;   // the number of cells less 1; a power of two less 1
+    std::uint32_t cellShift_ = 0;  // 32 less the bits of a cell number
+    std::unique_ptr<std::uint32_t[]> order_;  // the occupied slots by rising id, when ordered_
+    bool ordered_ = false;
 };
 
 }  // namespace Tavrin::Database
