@@ -13,6 +13,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "Measure.h"
 #include "StdStores.h"
 #include "StoreRegistry.h"
 #include "tavrin/indexes/HashIndex.h"
@@ -100,7 +101,8 @@ TEST_F(StoreRun, EveryStorePassesTheWorkload) {
         SCOPED_TRACE(store.name);
         RunResult result;
         ASSERT_NO_THROW(result = store.run(3000, Directory()));
-        ASSERT_EQ(result.phases.size(), 5u);
+        // Our tables also time the lookup of 64 keys at once (get64).
+        ASSERT_EQ(result.phases.size(), store.name.rfind("tavrin", 0) == 0 ? 6u : 5u);
         for (const PhaseTime& time : result.phases) EXPECT_GT(time.nsPerOp, 0);
         EXPECT_GT(result.rssBytes, 0);
         EXPECT_GE(result.rssBytes, result.storeRssBytes);
@@ -111,10 +113,12 @@ TEST_F(StoreRun, EveryStorePassesTheWorkload) {
 
 TEST_F(StoreRun, OurTableKeepsItsFilesInTheDirectoryOnlyWhenGivenOne) {
     const std::vector<StoreEntry> stores = AllStores();
+    // Files this process holds already (a test runner's log that it inherited) count in every run.
+    const double inherited = static_cast<double>(OpenFileBytes());
     const RunResult temporary = FindStore(stores, "tavrin")->run(2000, Directory());
     EXPECT_TRUE(DirectoryIsEmpty());
     // A temporary table lies in memory only: it holds no file bytes.
-    EXPECT_LT(temporary.fileBytes, 2000 * 64.0);
+    EXPECT_LT(temporary.fileBytes - inherited, 2000 * 64.0);
 
     const RunResult inDirectory = FindStore(stores, "tavrin-unmanaged-dir")->run(2000, Directory());
     EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(Directory()) / "W1.tab"));
