@@ -11,11 +11,16 @@
 //   bool Remove(std::uint64_t key);
 //   template <class Visit> void Scan(Visit&&);     visit(key, counter, number) for every record
 //   std::uint64_t Count();
+// and, if it has a lookup of many keys at once, void GetBatch(const std::uint64_t* keys,
+// std::size_t count, Value* values), which throws CompareError for a key it misses: the phase
+// get64 then times it on runs of 64 keys of the get phase's order, in ns per key.
 // and, if it can tell, double ModelBytesPerRecord(): the least bytes that its data needs.
 // Every phase is timed with Begin and End included. A check that fails throws CompareError: a
 // store that loses, misorders or damages a record has no result at all.
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -32,12 +37,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-enum class Phase { Insert, Get, Scan, Update, Remove };
+enum class Phase { Insert, Get, GetBatch, Scan, Update, Remove };
+
+/// Keys per call of the get64 phase.
+constexpr std::size_t GetBatchKeys = 64;
 
 constexpr const char* PhaseName(Phase phase) noexcept {
     switch (phase) {
         case Phase::Insert: return "insert";
         case Phase::Get: return "get";
+        case Phase::GetBatch: return "get64";
         case Phase::Scan: return "scan";
         case Phase::Update: return "update";
         case Phase::Remove: return "remove";
@@ -130,6 +139,19 @@ void RunPhases(Store& store, KeyOrder& order, std::uint64_t n, RunResult& result
             if (value.number != NumberOf(key)) throw CompareError("get: wrong number at key " + std::to_string(key));
         }
     });
+
+    if constexpr (requires(const std::uint64_t* keys, Value* values) { store.GetBatch(keys, n, values); }) {
+        TimePhase(store, Phase::GetBatch, n, result, [&] {
+            std::vector<Value> values(GetBatchKeys);
+            for (std::size_t begin = 0; begin < gets.size(); begin += GetBatchKeys) {
+                const std::size_t count = std::min(GetBatchKeys, gets.size() - begin);
+                store.GetBatch(gets.data() + begin, count, values.data());
+                for (std::size_t i = 0; i < count; ++i) {
+                    if (values[i].number != NumberOf(gets[begin + i])) throw CompareError("get64: wrong number");
+                }
+            }
+        });
+    }
 
     ScanTotals totals;
     TimePhase(store, Phase::Scan, n, result, [&] { totals = ScanAll(store); });

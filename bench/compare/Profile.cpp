@@ -16,7 +16,7 @@ std::optional<Phase> profiled;
 }  // namespace
 
 bool SetProfiledPhase(const std::string& name) {
-    for (const Phase phase : {Phase::Insert, Phase::Get, Phase::Scan, Phase::Update, Phase::Remove}) {
+    for (const Phase phase : {Phase::Insert, Phase::Get, Phase::GetBatch, Phase::Scan, Phase::Update, Phase::Remove}) {
         if (name == PhaseName(phase)) {
             profiled = phase;
             return true;

@@ -11,7 +11,7 @@ namespace Tavrin::Compare {
 
 namespace {
 
-const char* const TimedPhases[] = {"insert", "get", "scan", "update", "remove"};
+const char* const TimedPhases[] = {"insert", "get", "get64", "scan", "update", "remove"};
 constexpr const char* NsPerOp = "ns_per_op";
 constexpr const char* MemoryPhase = "memory";
 
@@ -117,8 +117,8 @@ std::optional<std::pair<std::string, double>> Summary::FastestPeer(std::uint64_t
 void Summary::PrintTables(std::ostream& output) const {
     for (const std::uint64_t n : ns_) {
         output << "\nN = " << n << ": ns per operation, median (min-max); memory and files in bytes per record\n\n";
-        PrintRow(output, {"store", "insert", "get", "scan", "update", "remove", "peak RSS", "store RSS", "files"});
-        PrintRow(output, {"---", "---:", "---:", "---:", "---:", "---:", "---:", "---:", "---:"});
+        PrintRow(output, {"store", "insert", "get", "get64", "scan", "update", "remove", "peak RSS", "store RSS", "files"});
+        PrintRow(output, {"---", "---:", "---:", "---:", "---:", "---:", "---:", "---:", "---:", "---:"});
         for (const std::string& store : stores_) {
             std::vector<std::string> cells{store};
             bool any = false;
@@ -163,8 +163,8 @@ void Summary::PrintRatioRow(std::ostream& output, const std::string& label, std:
 void Summary::PrintRatios(std::ostream& output, const std::string& ours) const {
     for (const std::uint64_t n : ns_) {
         output << "\nN = " << n << ": ratio of medians, ours / other (below 1: ours is faster)\n\n";
-        PrintRow(output, {"ratio", "insert", "get", "scan", "update", "remove"});
-        PrintRow(output, {"---", "---:", "---:", "---:", "---:", "---:"});
+        PrintRow(output, {"ratio", "insert", "get", "get64", "scan", "update", "remove"});
+        PrintRow(output, {"---", "---:", "---:", "---:", "---:", "---:", "---:"});
         for (const std::string& store : stores_) {
             if (store.rfind(ours, 0) != 0) continue;
             PrintRatioRow(output, store + " / fastest peer", n, store, "");

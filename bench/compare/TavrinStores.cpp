@@ -130,6 +130,25 @@ public:
         return true;
     }
 
+    // One GetEqual for all the keys: the table looks them up side by side.
+    void GetBatch(const std::uint64_t* keys, std::size_t count, Value* values) {
+        batchKeys_.resize(count, key_);
+        for (std::size_t i = 0; i < count; ++i) {
+            Require(keyList_->SetField(batchKeys_[i].GetData(), KeyField, keys[i]), "set key");
+        }
+        batchStatuses_.clear();
+        batchRecords_.clear();
+        Require(table_->GetEqual(batchKeys_, batchStatuses_, batchRecords_), "get64");
+        for (std::size_t i = 0; i < count; ++i) {
+            if (batchStatuses_[i] != Status::Success) throw CompareError("get64: key missing");
+            const unsigned char* data = batchRecords_[i].GetData();
+            std::uint32_t length = 0;
+            Require(list_->GetField(data, CounterField, values[i].counter), "get64 counter");
+            Require(list_->GetField(data, NumberField, values[i].number), "get64 number");
+            Require(list_->GetField(data, TextField, values[i].text.data(), TextSize, length), "get64 text");
+        }
+    }
+
     // A batch of records at a time: GetFirst, then GetNext over the tree index (key order), or
     // GetFirstRecord, then GetNextRecord over the store (record id order) beside a hash index.
     template <class Visit>
@@ -194,6 +213,9 @@ private:
     std::unique_ptr<ITable> table_;
     Record record_;
     Key key_;
+    std::vector<Key> batchKeys_;
+    std::vector<unsigned char> batchStatuses_;
+    std::vector<Record> batchRecords_;
     const FieldList* list_ = nullptr;
     const FieldList* keyList_ = nullptr;
 };

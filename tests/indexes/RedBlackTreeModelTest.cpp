@@ -11,6 +11,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "RedBlackTreeTestSupport.h"
@@ -192,6 +193,54 @@ INSTANTIATE_TEST_SUITE_P(
                       RunConfiguration{IndexSpecification::DuplicateProperty, false, 11},
                       RunConfiguration{IndexSpecification::UniqueProperty, true, 13},
                       RunConfiguration{IndexSpecification::PrimaryUniqueProperty, false, 17}));
+
+// Long runs of equal numbers and names, in an index that keeps equal keys (in the order they came)
+// and in a Duplicate one: the first and last match of every prefix, against a linear pass over the
+// model, also for prefixes that fall between the keys or beyond them.
+TEST(RedBlackTreePrefix, EndsOfLongRunsMatchALinearModel) {
+    for (const std::uint32_t properties : {0u, static_cast<std::uint32_t>(IndexSpecification::DuplicateProperty)}) {
+        TreeHarness harness(NumberNameSpecification(properties, false), 64, 64);
+        RedBlackTreeIndex& tree = *harness.index;
+        tree.Create();
+        Model model(ModelOrder{tree.IsDuplicate(), false});
+        std::mt19937 random(23);
+        const char* names[] = {"aa", "ab", "b", "ba"};
+        for (std::uint32_t record = 1; record <= 3000; ++record) {
+            const ModelKey key{1 + static_cast<std::uint32_t>(random() % 3) * 2, names[random() % 4], record};
+            AddKey(tree, key.number, key.name, key.record);
+            model.emplace(key, record);
+        }
+        // Numbers 0 to 7: runs of about a thousand keys at 1, 3 and 5, none elsewhere.
+        for (std::uint32_t number = 0; number < 8; ++number) {
+            for (const auto& [name, length] : std::vector<std::pair<std::string, std::uint32_t>>{
+                     {"c", 0}, {"a", 1}, {"b", 1}, {"c", 1}, {"ab", 2}, {"bb", 2}}) {
+                std::vector<std::uint32_t> matches;
+                for (const auto& [key, record] : model) {
+                    if (key.number == number && key.name->compare(0, length, name, 0, length) == 0) {
+                        matches.push_back(record);
+                    }
+                }
+                const std::uint16_t field = length == 0 ? NumberField : NameField;
+                const std::uint32_t fieldLength = length == 0 ? FieldList::FullLength : length;
+                for (const bool first : {true, false}) {
+                    Key key;
+                    SetKey(key, tree, number, name, 0);
+                    std::uint32_t record = 0;
+                    const StatusCode status = first ? tree.GetFirstEqual(key, record, field, fieldLength)
+                                                    : tree.GetLastEqual(key, record, field, fieldLength);
+                    if (matches.empty()) {
+                        EXPECT_EQ(status, Status::NotFound) << number << " " << name;
+                        continue;
+                    }
+                    ASSERT_EQ(status, Status::Success) << number << " " << name;
+                    EXPECT_EQ(record, first ? matches.front() : matches.back())
+                        << "properties " << properties << ", number " << number << ", prefix " << name;
+                    EXPECT_EQ(NumberOf(tree, key), number);
+                }
+            }
+        }
+    }
+}
 
 }  // namespace
 }  // namespace Tavrin::Database::Testing

@@ -22,6 +22,7 @@
 #include "tavrin/base/Uuid.h"
 #include "tavrin/indexes/IIndex.h"
 #include "tavrin/indexes/KeyCopy.h"
+#include "tavrin/indexes/RecordSink.h"
 #include "tavrin/records/IFieldListFactory.h"
 
 namespace Tavrin::Database {
@@ -107,6 +108,19 @@ public:
     /// record id. 13 here.
     virtual StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                         std::uint32_t length);
+    /// Finds `count` keys as `count` calls of Find in order would: recordIds[i] and statuses[i]
+    /// belong to keys[i] (recordIds[i] is left as it was where the status is not 0), and each key's
+    /// cursor is set as Find sets it. A structure may run the lookups side by side. Here: Find per
+    /// key.
+    virtual void FindMany(Key* const* keys, std::uint32_t count, std::uint32_t* recordIds, StatusCode* statuses);
+    /// Up to `count` steps on from `key` as GetNext (`forward`) or GetPrevious would take them, or,
+    /// with `prefix`, GetNextEqual or GetPreviousEqual with `fieldId` and `length`: each record goes
+    /// to `sink` (Take) in walk order, and the walk stops early where Take answers false. The key
+    /// ends as the last step that delivered leaves it. The status of the step that ended the walk
+    /// (6 at the end of the keys), or 0 when `count` records were taken or Take stopped it. Here:
+    /// the steps one by one.
+    virtual StatusCode Walk(Key& key, bool forward, bool prefix, std::uint16_t fieldId, std::uint32_t length,
+                            std::uint32_t count, RecordSink& sink);
     /// Writes `uuid` into the index's files. Here: throws StatusCodeException 13.
     virtual StatusCode SetUuid(const Tavrin::Uuid& uuid);
     /// Writes the index's files through to the disk: 0 here and for a temporary index, 16 when

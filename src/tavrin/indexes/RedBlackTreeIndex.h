@@ -136,6 +136,14 @@ public:
     /// success the key's cursor is set too.
     StatusCode GetPreviousEqual(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,
                                 std::uint32_t length) override;
+    /// Runs up to 16 descents side by side, each a level at a time with the next node asked for
+    /// ahead; answers, cursors and hints are those of Find per key in order.
+    void FindMany(Key* const* keys, std::uint32_t count, std::uint32_t* recordIds, StatusCode* statuses) override;
+    /// Follows links from the first step on, finding nodes up to 8 ahead of the records it hands to
+    /// `sink` and announcing each record as soon as its node is known; in an index without distinct
+    /// keys the steps one by one (Index::Walk). Keys and hints end as the steps in order leave them.
+    StatusCode Walk(Key& key, bool forward, bool prefix, std::uint16_t fieldId, std::uint32_t length,
+                    std::uint32_t count, RecordSink& sink) override;
     /// Writes `uuid` into the file header: the store's status (16 when not open).
     StatusCode SetUuid(const Tavrin::Uuid& uuid) override;
     /// Saves root and sentinel with the store's header, then writes the tree file through to the
@@ -277,14 +285,35 @@ private:
     StatusCode Step(Key& key, std::uint32_t& recordId, Side side);
     /// 29 or 23 as the prefix walks answer; else the field's number in the key and the length.
     StatusCode PreparePrefix(const Key& key, std::uint16_t fieldId, std::uint32_t length, Prefix& prefix);
-    /// GetFirstEqual (side Left) and GetLastEqual (side Right): one descent to a match, then
-    /// neighbours while they match.
+    /// GetFirstEqual (side Left) and GetLastEqual (side Right), by PrefixBound.
     StatusCode PrefixEnd(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length, Side side);
+    /// The first (side Left) or last (side Right) node that matches the prefix, by one descent that
+    /// keeps the last match and goes on towards `side`; the sentinel when none matches. False when
+    /// the walk is longer than any valid tree.
+    bool PrefixBound(const Key& key, const Prefix& prefix, Side side, std::uint32_t& bound);
     /// GetNextEqual and GetPreviousEqual: the step of Step, if it still matches.
     StatusCode PrefixStep(Key& key, std::uint32_t& recordId, std::uint16_t fieldId, std::uint32_t length,
                           Side side);
     /// 6 for the sentinel; else gives the node's record and copies its key bytes into `key`.
     StatusCode Deliver(std::uint32_t node, Key& key, std::uint32_t& recordId);
+
+    // ---- Batch reads (RedBlackTreeBatch.cpp) ---------------------------------------------------
+    /// What a batch of lookups leaves in the hints: the node of the last key in order that was
+    /// found, and where the last key in order whose descent failed ended.
+    struct BatchHints {
+        std::uint32_t foundKey = NoEntry;
+        std::uint32_t found = NoEntry;
+        std::uint32_t failedKey = NoEntry;
+        Descent failed{};
+    };
+    /// Find's checks and shortcuts for key `k` of a batch: false when they answered it.
+    bool StartFind(Key& key, std::uint32_t k, std::uint32_t& recordId, StatusCode& status, BatchHints& hints);
+    /// One level of key `k`'s descent at node `id`: false when the descent has its answer.
+    bool AdvanceFind(Key& key, std::uint32_t k, std::uint32_t& id, std::uint32_t& depth, std::uint32_t& recordId,
+                     StatusCode& status, BatchHints& hints);
+    /// Key `k` found at `node`: its cursor, record and status, and the hint of the last found.
+    void DeliverFound(Key& key, std::uint32_t k, std::uint32_t node, std::uint32_t& recordId, StatusCode& status,
+                      BatchHints& hints);
 
     // ---- Changes of shape (RedBlackTreeUpdate.cpp) --------------------------------------------
     /// Rotates `id` down to `side`: its child on the other side takes its place.

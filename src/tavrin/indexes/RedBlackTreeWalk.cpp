@@ -211,20 +211,31 @@ StatusCode RedBlackTreeIndex::PrefixEnd(Key& key, std::uint32_t& recordId, std::
                                         std::uint32_t length, Side side) {
     if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     Prefix prefix{};
-    StatusCode status = PreparePrefix(key, fieldId, length, prefix);
+    const StatusCode status = PreparePrefix(key, fieldId, length, prefix);
     if (status != Status::Success) return status;
-    const auto matches = [&](const unsigned char* nodeKey) { return ComparePrefix(key.GetData(), nodeKey, prefix); };
-    Descent descent;
-    status = Descend(matches, true, descent);
-    if (status != Status::Success) return status;
-    // From the first match met, one neighbour at a time while it still matches: at most every node.
-    std::uint32_t node = descent.found;
-    for (std::uint32_t steps = store_.GetCurrentEntries(); steps != 0; --steps) {
-        const std::uint32_t next = Neighbour(node, side);
-        if (next == sentinel_ || matches(NodeAt(next).GetKey()) != 0) break;
-        node = next;
-    }
+    std::uint32_t node = sentinel_;
+    if (!PrefixBound(key, prefix, side, node)) return Status::Invalid;
     return Deliver(node, key, recordId);
+}
+
+// The matches of a prefix are one run of the tree's order, so the first (last) of them is found as a
+// lower (upper) bound: a match is kept and the descent goes on towards `side`, anything else steers
+// as a full comparison would. One path from the root, however many keys match.
+bool RedBlackTreeIndex::PrefixBound(const Key& key, const Prefix& prefix, Side side, std::uint32_t& bound) {
+    const unsigned char* data = key.GetData();
+    bound = sentinel_;
+    std::uint32_t id = root_;
+    for (std::uint32_t depth = 0; id != sentinel_; ++depth) {
+        if (depth == MaxWalk) return false;
+        const Node node = NodeAt(id);
+        store_.PrefetchEntry(node.GetLeft());
+        store_.PrefetchEntry(node.GetRight());
+        const int result = ComparePrefix(data, node.GetKey(), prefix);
+        if (result == 0) bound = id;
+        const Side next = result < 0 || (result == 0 && side == Node::Left) ? Node::Left : Node::Right;
+        id = node.GetChild(next);
+    }
+    return true;
 }
 
 StatusCode RedBlackTreeIndex::PrefixStep(Key& key, std::uint32_t& recordId, std::uint16_t fieldId,

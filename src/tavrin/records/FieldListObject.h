@@ -98,6 +98,12 @@ public:
 protected:
     /// Not initialized: no table, no list, the inline buffer, no record id.
     FieldListObject() noexcept;
+    /// Marks the constructor below.
+    struct ImageFollows {};
+    /// As the default constructor, but the inline buffer is not zeroed: for a derived constructor
+    /// that binds and writes the whole image at once. The bytes beyond the image then stay unwritten;
+    /// nothing reads them, as every binding writes or resets the whole image of its layout.
+    explicit FieldListObject(ImageFollows) noexcept {}
     ///@{
     /// Copying and moving are the derived classes' business (they go through Initialize).
     FieldListObject(const FieldListObject&) = delete;

@@ -35,7 +35,9 @@ Record& Record::operator=(Record&& other) noexcept {
     return *this;
 }
 
-Record::Record(ITable* table, const unsigned char* data, std::uint32_t recordId) {
+// A table fills records of a batch this way, one per record: the image is written whole, so the
+// 1 KiB buffer is not zeroed first.
+Record::Record(ITable* table, const unsigned char* data, std::uint32_t recordId) : FieldListObject(ImageFollows{}) {
     ThrowOnFailure(Initialize(table, data, recordId), ConstructorName);
 }
 

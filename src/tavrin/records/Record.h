@@ -38,8 +38,9 @@ public:
     Record(Record&& other) noexcept;
     Record& operator=(Record&& other) noexcept;
     ///@}
-    /// For the table's own use: binds and copies GetRecordLength() bytes from `data`. Throws
-    /// DatabaseException code 7 where Initialize answers a failure.
+    /// For the table's own use: binds and copies GetRecordLength() bytes from `data`; the inline
+    /// buffer beyond them is left unwritten. Throws DatabaseException code 7 where Initialize
+    /// answers a failure.
     Record(ITable* table, const unsigned char* data, std::uint32_t recordId);
     /// Frees an image array that the record took.
     ~Record() override = default;

@@ -8,10 +8,15 @@
 // answers 13 from the key check (StepByKey, which every key read starts with) and the first store
 // step.
 
+#include <algorithm>
+
+#include "tavrin/base/DatabaseException.h"
 #include "tavrin/base/MutexHolder.h"
 #include "tavrin/indexes/Index.h"
+#include "tavrin/indexes/RecordSink.h"
 #include "tavrin/records/Key.h"
 #include "tavrin/records/Record.h"
+#include "tavrin/storage/MemoryDataStore.h"
 #include "tavrin/tables/Table.h"
 
 namespace Tavrin::Database {
@@ -77,11 +82,27 @@ StatusCode Table::ReadOne(KeyStep step, Key& key, Record& record, std::uint16_t 
 }
 
 StatusCode Table::AppendFromStore(std::uint32_t recordId, std::vector<Record>& records) {
-    // Filled in place: no temporary record and no second copy of the image.
-    const StatusCode status = FillFromStore(recordId, records.emplace_back());
-    if (status != Status::Success) records.pop_back();
-    return status;
+    unsigned char* image = nullptr;
+    const StatusCode status = dataStore_->GetEntry(recordId, image);
+    if (status != Status::Success) return status;
+    // Filled in place, its buffer not zeroed first: no temporary record and no second copy.
+    try {
+        records.emplace_back(this, image, recordId);
+    } catch (const DatabaseException&) {
+        return Status::OutOfMemory;
+    }
+    return Status::Success;
 }
+
+namespace {
+
+/// Records per batch step of an index walk or a batch lookup.
+constexpr std::uint32_t BatchStep = 64;
+
+/// The memory store behind a table, whose entries can be asked for ahead; null for any other.
+MemoryDataStore* PrefetchingStore(DataStore* store) noexcept { return dynamic_cast<MemoryDataStore*>(store); }
+
+}  // namespace
 
 StatusCode Table::ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<Record>& records,
                             std::uint32_t maxRecords, std::uint16_t fieldId, std::uint32_t length) {
@@ -90,27 +111,81 @@ StatusCode Table::ReadBatch(KeyStep first, KeyStep next, Key& key, std::vector<R
     StatusCode status = StepByKey(first, key, recordId, fieldId, length);
     if (status == Status::Success) status = AppendFromStore(recordId, records);
     if (status != Status::Success) return status;
+    if (maxRecords != 0 && records.size() < maxRecords) {
+        records.reserve(std::min<std::size_t>(maxRecords, records.size() + dataStore_->GetCurrentEntries()));
+    }
+    // The index hands the records over in walk order, each announced some steps ahead so that its
+    // bytes load while the records before it are copied.
+    class Sink final : public RecordSink {
+    public:
+        Sink(Table& table, std::vector<Record>& records)
+            : table_(table), memory_(PrefetchingStore(table.dataStore_.get())), records_(records) {}
+        void Prefetch(std::uint32_t id) noexcept override {
+            if (memory_ != nullptr) memory_->PrefetchRecord(id);
+        }
+        bool Take(std::uint32_t id) override { return table_.AppendFromStore(id, records_) == Status::Success; }
+
+    private:
+        Table& table_;
+        MemoryDataStore* memory_;
+        std::vector<Record>& records_;
+    } sink(*this, records);
+    const bool prefix = next == KeyStep::NextEqual || next == KeyStep::PreviousEqual;
+    const bool forward = next == KeyStep::Next || next == KeyStep::NextEqual;
+    Index& index = *GetKeyIndex(key);
     // Whatever ends the walk, a batch that found its first record succeeded; the next call tells
     // the end. The count is of the whole vector, records the caller left in it included.
-    while (maxRecords == 0 || records.size() != maxRecords) {
-        if (StepByKey(next, key, recordId, fieldId, length) != Status::Success) break;
-        if (AppendFromStore(recordId, records) != Status::Success) break;
+    // A vector that holds more than maxRecords already never reaches the count: the walk goes on
+    // to the end.
+    const bool unbounded = maxRecords == 0 || records.size() > maxRecords;
+    while (unbounded || records.size() != maxRecords) {
+        const std::size_t before = records.size();
+        const std::size_t room = unbounded ? BatchStep : maxRecords - before;
+        const auto step = static_cast<std::uint32_t>(std::min<std::size_t>(room, BatchStep));
+        status = index.Walk(key, forward, prefix, fieldId, length, step, sink);
+        if (status != Status::Success || records.size() != before + step) break;
     }
     return Status::Success;
 }
 
-// Reads by key.
+// Reads by key: the keys of one index are looked up side by side, a run of them at a time, and
+// the records they name are asked for before the first of them is copied.
 StatusCode Table::GetEqual(std::vector<Key>& keys, std::vector<unsigned char>& statuses,
                            std::vector<Record>& records) {
     if (HasNoStore()) return Status::NotAvailable;
     MutexHolder holder(GetMutex());
     const Record blank(this);
-    Record found;
-    for (Key& key : keys) {
-        const StatusCode status = ReadByKey(KeyStep::Find, key, found, 0, 0);
-        // Position i of both vectors belongs to key i: a key that finds nothing gets a blank record.
-        statuses.push_back(status);
-        records.push_back(status == Status::Success ? found : blank);
+    MemoryDataStore* memory = PrefetchingStore(dataStore_.get());
+    records.reserve(records.size() + keys.size());
+    statuses.reserve(statuses.size() + keys.size());
+    Key* run[BatchStep];
+    std::uint32_t recordIds[BatchStep];
+    StatusCode found[BatchStep];
+    for (std::size_t begin = 0; begin < keys.size();) {
+        // A run: keys of one index of this table, or a single key that is not.
+        Index* index = GetKeyIndex(keys[begin]);
+        std::uint32_t count = 0;
+        while (count < BatchStep && begin + count < keys.size() &&
+               (count == 0 || (index != nullptr && GetKeyIndex(keys[begin + count]) == index))) {
+            run[count] = &keys[begin + count];
+            ++count;
+        }
+        if (index != nullptr) {
+            index->FindMany(run, count, recordIds, found);
+        } else {
+            found[0] = Status::KeyInvalid;
+        }
+        for (std::uint32_t i = 0; i < count; ++i) {
+            if (found[i] == Status::Success && memory != nullptr) memory->PrefetchRecord(recordIds[i]);
+        }
+        for (std::uint32_t i = 0; i < count; ++i) {
+            StatusCode status = found[i];
+            // Position i of both vectors belongs to key i: a key that finds nothing gets a blank record.
+            if (status == Status::Success) status = AppendFromStore(recordIds[i], records);
+            if (status != Status::Success) records.push_back(blank);
+            statuses.push_back(status);
+        }
+        begin += count;
     }
     return Status::Success;
 }
