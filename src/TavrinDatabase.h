@@ -45,6 +45,7 @@
 // Storage.
 #include "tavrin/storage/DataStore.h"
 #include "tavrin/storage/MemoryDataStore.h"
+#include "tavrin/storage/StoreStatistics.h"
 #include "tavrin/storage/UserDataStore.h"
 
 // Indexes.
@@ -53,6 +54,7 @@
 #include "tavrin/indexes/IIndex.h"
 #include "tavrin/indexes/Index.h"
 #include "tavrin/indexes/IndexDirectoryWalker.h"
+#include "tavrin/indexes/IndexStatistics.h"
 #include "tavrin/indexes/KeyValueList.h"
 #include "tavrin/indexes/RedBlackTreeIndex.h"
 #include "tavrin/indexes/RedBlackTreeIndexDirectoryWalker.h"

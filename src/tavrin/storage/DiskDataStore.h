@@ -147,6 +147,9 @@ public:
     /// Records read from and written to the record file since construction.
     std::uint64_t GetRecordReads() const noexcept { return recordReads_; }
     std::uint64_t GetRecordWrites() const noexcept { return recordWrites_; }
+    /// Reads of an entry in use (Read, GetEntry) since construction: the cache's lookups, of which
+    /// GetRecordReads() missed it.
+    std::uint64_t GetRecordLookups() const noexcept { return recordLookups_; }
     ///@}
 
 private:
@@ -185,6 +188,7 @@ private:
     std::string temporaryRecordName_;
     std::uint64_t recordReads_ = 0;
     std::uint64_t recordWrites_ = 0;
+    std::uint64_t recordLookups_ = 0;
 };
 
 }  // namespace Tavrin::Database

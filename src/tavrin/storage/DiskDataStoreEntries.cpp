@@ -73,6 +73,7 @@ StatusCode DiskDataStore::Update(std::uint32_t id, const void* record) {
 StatusCode DiskDataStore::Read(std::uint32_t id, void* buffer) {
     if (!IsOpen()) return Status::NotOpen;
     if (!IsUsed(id)) return Status::OutOfRange;
+    ++recordLookups_;
     if (const unsigned char* cached = cache_.Find(id)) {
         std::memcpy(buffer, cached, header_.recordSize);
         return Status::Success;
@@ -86,6 +87,7 @@ StatusCode DiskDataStore::Read(std::uint32_t id, void* buffer) {
 StatusCode DiskDataStore::GetEntry(std::uint32_t id, unsigned char*& record) {
     if (!IsOpen()) return Status::NotOpen;
     if (!IsUsed(id)) return Status::OutOfRange;
+    ++recordLookups_;
     unsigned char* cached = cache_.Find(id);
     if (cached == nullptr) {
         unsigned char* scratch = data_ + extension_.scratchOffset;

@@ -37,6 +37,7 @@
 #include "tavrin/records/FieldList.h"
 #include "tavrin/schema/TableSpecification.h"
 #include "tavrin/storage/DataStore.h"
+#include "tavrin/storage/StoreStatistics.h"
 #include "tavrin/storage/UserDataStore.h"
 #include "tavrin/tables/ITable.h"
 
@@ -206,6 +207,10 @@ protected:
     /// Sets the members, makes the mutex (bit 1), the field list (through `makeFieldList`) and the
     /// memory store, and with bit 0 creates the record file, or opens it when the table has a
     /// directory. A record file that exists but cannot be opened (left open by a crash, damaged, or
+    /// The figures of the table's store (GetStatistics of the store, under the table's lock); zeros
+    /// for a table without a store or with its record file closed.
+    StoreStatistics GetStoreStatistics();
+
     /// holding another description) is left as it is: StatusCodeException with the open's status.
     /// A cache size other than CacheAll makes a disk store (its records in `<name>.tab.data` behind
     /// a cache of that many kilobytes), which throws what DiskDataStore's constructor throws.
