@@ -196,6 +196,10 @@ public:
     StatusCode SerializeUserData(MessageBuilder& builder) override;
     StatusCode DeserializeUserData(MessageValidator& validator) override;
 
+    /// The figures of the table's store (GetStatistics of the store, under the table's lock); zeros
+    /// for a table without a store or with its record file closed.
+    StoreStatistics GetStoreStatistics();
+
 protected:
     /// Builds the field list with the layout of the derived class.
     using FieldListMaker = FieldList* (*)(const std::vector<FieldSpecification>& fields,
@@ -207,10 +211,6 @@ protected:
     /// Sets the members, makes the mutex (bit 1), the field list (through `makeFieldList`) and the
     /// memory store, and with bit 0 creates the record file, or opens it when the table has a
     /// directory. A record file that exists but cannot be opened (left open by a crash, damaged, or
-    /// The figures of the table's store (GetStatistics of the store, under the table's lock); zeros
-    /// for a table without a store or with its record file closed.
-    StoreStatistics GetStoreStatistics();
-
     /// holding another description) is left as it is: StatusCodeException with the open's status.
     /// A cache size other than CacheAll makes a disk store (its records in `<name>.tab.data` behind
     /// a cache of that many kilobytes), which throws what DiskDataStore's constructor throws.
