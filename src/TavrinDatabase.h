@@ -64,6 +64,7 @@
 #include "tavrin/schema/TableSpecification.h"
 
 // Tables.
+#include "tavrin/tables/ConversionReport.h"
 #include "tavrin/tables/ITable.h"
 #include "tavrin/tables/ManagedTableFactory.h"
 #include "tavrin/tables/OpenTable.h"

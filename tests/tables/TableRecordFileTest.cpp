@@ -100,8 +100,10 @@ TEST(TableRecordFile, AnotherTablesFileIsRefusedWith25AndKept) {
         EXPECT_EQ(thrown.chain[0].code, DatabaseException::AllocateTable);
         EXPECT_EQ(ReadFile(path), original);
 
-        // Opened by hand, also with the convert bit, the answer is the same.
+        // Opened by hand the answer is the same; with the convert bit only for another name, since a
+        // conversion carries records into another layout of the same table, never into another table.
         for (std::uint32_t properties : {0u, 4u}) {
+            if (properties == 4u && std::string(difference.what) != "name") continue;
             std::unique_ptr<ITable> table = difference.make(directory.Path(), properties);
             EXPECT_FALSE(table->IsRecordFileOpen());
             EXPECT_EQ(table->OpenRecordFile(), Status::DescriptionDiffers);

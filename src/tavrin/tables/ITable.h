@@ -25,6 +25,7 @@
 #include "tavrin/indexes/KeyValueList.h"
 #include "tavrin/records/FieldSpecification.h"
 #include "tavrin/records/IdentityToken.h"
+#include "tavrin/tables/ConversionReport.h"
 
 namespace Tavrin {
 class MessageBuilder;
@@ -84,8 +85,8 @@ public:
     /// not compared; GetMaxRecords then gives the file's). 0; 13 for a table without a store; 26
     /// while the table has indexes; 6 for a table without files and for a missing file; 17 when the
     /// store is open already or another opener holds the file; 25 for a file that holds another
-    /// table's description or a store of other sizes (conversion, property bit 2, is not available
-    /// yet, so 25 whatever that bit says); 23 for a file left open by a crash (refused once: the
+    /// table's description or a store of other sizes, unless property bit 2 is set: then the result
+    /// is that of Convert, which throws what it throws; 23 for a file left open by a crash (refused once: the
     /// next open passes) or a damaged header; 22 for a file shorter than its header; 21 for a
     /// store of another format; 41 when memory runs out; 1 for any other failure. A failed open
     /// leaves the store as it was. Takes no lock.
@@ -103,9 +104,22 @@ public:
     /// 13 for a table without a store (remote); else the status of the write that failed. Holds
     /// the mutex.
     virtual StatusCode Sync() = 0;
-    /// Would rewrite a record file written with another description into this table's layout. Not
-    /// available yet: 13 on every table. Takes no lock.
+    /// Rewrites the closed record file, written with another description, into this table's layout
+    /// and opens the store on it: the fields are matched by name (and type); a field of the new
+    /// layout without a partner is undefined, a field that the new layout lacks is dropped, an
+    /// integer of another width converts by value, and a value that does not fit its new field
+    /// stays undefined and is counted (GetLastConversionReport). Records get new ids, in the order
+    /// of the old ones. The new file takes the record file's name only when it is complete; the old
+    /// record file (a disk store's records file with it) and the old index files move into the
+    /// sub-directory "Convert", replacing what an earlier conversion left there. A kill at any
+    /// moment leaves the old table or the complete new one. 0; 13 for a table without files or
+    /// without a store; 26 while the table has indexes; 17 while the store is open; 6 when there is
+    /// no record file; 25 when it holds a table of another name; 1 when "Convert" can't be made;
+    /// else the status of the step that failed, and then the table's files are as before. Throws
+    /// what opening the old table throws (as OpenTable), and the store's exceptions. Takes no lock.
     virtual StatusCode Convert() = 0;
+    /// What the last Convert of this table that ran to its end did; all zero before one did.
+    virtual ConversionReport GetLastConversionReport() = 0;
     /// Writes a copy of the record file, with the store's header and description saved first, and
     /// then of every index's files, in number order, into `directory` (empty: the working
     /// directory), under the names the table has in its own directory; the copies carry the table's
@@ -162,10 +176,14 @@ public:
     virtual void CreateTemporaryIndex(IndexSpecification& specification) = 0;
     ///@}
 
-    /// Would make a new table of this shape in `directory` (an empty one for a table without
-    /// files), with its indexes, a mutex when `createMutex`, and the records, `batchSize` at a
-    /// time, when `copyRecords`; the caller would own it. Not available yet: throws
-    /// StatusCodeException 13 on every table. Takes no lock.
+    /// Makes a new table of this one's name, layout, fields and sizes in `directory` (empty: a table
+    /// without files), with the record file open, a mutex when `createMutex` or property bit 1 says
+    /// so, the indexes of GetIndexSpecificationList, and, when `copyRecords`, the records
+    /// (CopyRecords with clearFirst, `batchSize` at a time). The caller owns it. Throws
+    /// StatusCodeException 13 for a table without a store; DatabaseException 12, before any file is
+    /// touched, when `directory` is this table's own; what the factory and CreateIndexes throw; a
+    /// StatusCodeException with the status of a failed CopyRecords. A failure after the factory
+    /// deletes the clone and removes the files that it made. Takes no lock of its own.
     virtual ITable* Clone(const std::string& directory, bool createMutex, bool copyRecords,
                           std::uint32_t batchSize) = 0;
     /// Removes every record and empties every index; the files keep their size and record ids are
@@ -174,9 +192,14 @@ public:
     /// first index that fails to clear (1 when its store can't be cleared), with the indexes after
     /// it left as they were. Records and keys that callers hold stay bound. Holds the mutex.
     virtual StatusCode Clear() = 0;
-    /// Would write the records of `source` into this table, field by field name, `batchSize` at a
-    /// time, after emptying this table when `clearFirst`. Not available yet: 13 on every table.
-    /// Takes no lock.
+    /// Writes every record of `source` into this table, `batchSize` records read at a time (0: all at
+    /// once), after Clear when `clearFirst`. Fields are matched by name and type; for each source
+    /// record the target image is reset, the matched fields are copied (an integer of another width
+    /// by value) and WriteRecord inserts it, or, when this table's primary key finds a record,
+    /// rewrites that record whole: matched fields from the source, the others reset. 0; 23 for a
+    /// null `source` or this table itself; 13 for a table without a store; the status of Clear, of
+    /// the source's reads, of a value that does not fit (22, 36) and of WriteRecord (34 without a
+    /// primary index), the records written before it staying. Takes no lock of its own.
     virtual StatusCode CopyRecords(ITable* source, bool clearFirst, std::uint32_t batchSize) = 0;
 
     /// @name Messages
@@ -427,8 +450,15 @@ public:
     /// that the field refuses), the fields written before it staying. Takes no lock, and works on
     /// a remote table.
     virtual StatusCode BuildRecord(Record& record, std::uint16_t indexNumber, const KeyValueList& values) = 0;
-    /// Would check every index against the records. Not available yet: throws StatusCodeException
-    /// 13 on every table. Takes no lock.
+    /// Checks every index, in number order, against the records, and returns when all agree: first
+    /// the index's own structure, then a tree index is walked in key order (each key after the one
+    /// before it, and equal to the key built from its record) and the store is walked through a
+    /// hash index (each record found by its key, and the record found has that key). Throws
+    /// DatabaseException 12 at the first problem: its message is two line ends and a report of
+    /// lines that name the index, the record id and the keys involved; or, for an exception on the
+    /// way (a damaged index structure, a walk that fails), that exception's text. Throws
+    /// StatusCodeException 13 for a table without a store. Takes no lock of its own: each read
+    /// locks, so writers running beside it can cause a report.
     virtual void CheckIntegrity() = 0;
 
     /// @name Accessors

@@ -18,8 +18,10 @@ namespace {
 
 constexpr const char* OpenOperation = "Tavrin::Database::Table::Open";
 
+}  // namespace
+
 // The description in the record file's user data, read through a plain store that is closed again.
-TableSpecification ReadStoredSpecification(const std::string& fileName) {
+TableSpecification Table::ReadStoredSpecification(const std::string& fileName) {
     DataStore store;
     StatusCode status = store.Open(fileName, nullptr);
     if (status != Status::Success) ThrowStatus(OpenOperation, status);
@@ -33,6 +35,8 @@ TableSpecification ReadStoredSpecification(const std::string& fileName) {
     if (status != Status::Success) ThrowStatus(OpenOperation, status);
     return specification;
 }
+
+namespace {
 
 // Up to and including the later of the last '/' and the last '\'; "./" without either.
 std::string DirectoryOf(const std::string& fileName) {
@@ -62,7 +66,11 @@ void CreateStoredIndexes(ITable& table, const std::string& directory) {
 }  // namespace
 
 ITable* OpenTable(const std::string& fileName, bool openRecordFile, bool openIndexes) {
-    const TableSpecification stored = ReadStoredSpecification(fileName);
+    // A conversion that a kill interrupted after its new file was complete is finished first, so
+    // that the description read is the new one.
+    const StatusCode converted = Table::CompleteConversion(fileName);
+    if (converted != Status::Success) ThrowStatus(OpenOperation, converted);
+    const TableSpecification stored = Table::ReadStoredSpecification(fileName);
     const std::string directory = DirectoryOf(fileName);
     // The table opens the file that its name gives. A record file renamed or copied under another
     // name would make the table open, or create, another file than the caller's.

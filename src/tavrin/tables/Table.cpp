@@ -66,21 +66,15 @@ StatusCode Table::DeserializeUserData(MessageValidator& validator) {
     const StatusCode status = stored.Deserialize(validator);
     if (status != Status::Success) return status;
     // Equality of specifications compares exactly name, layout, fields one by one and record length.
-    return stored == GetSpecification() ? Status::Success : Status::DescriptionDiffers;
-}
-
-// Not available yet, on any table. Once one of these works, it must still answer 13 for a table
-// without a store (HasNoStore), which has nothing to copy, convert or check.
-StatusCode Table::Convert() { return Status::NotAvailable; }
-
-ITable* Table::Clone(const std::string&, bool, bool, std::uint32_t) {
-    ThrowStatus("Tavrin::Database::Table::Clone", Status::NotAvailable);
-}
-
-StatusCode Table::CopyRecords(ITable*, bool, std::uint32_t) { return Status::NotAvailable; }
-
-void Table::CheckIntegrity() {
-    ThrowStatus("Tavrin::Database::Table::CheckIntegrity", Status::NotAvailable);
+    const TableSpecification own = GetSpecification();
+    if (!(stored == own)) return Status::DescriptionDiffers;
+    // An unmanaged image holds each value where its offset says: a field that moved is another layout.
+    if (own.IsManaged()) return Status::Success;
+    const std::vector<FieldSpecification>& fields = own.GetFields();
+    for (std::size_t number = 0; number < fields.size(); ++number) {
+        if (stored.GetFields()[number].GetOffset() != fields[number].GetOffset()) return Status::DescriptionDiffers;
+    }
+    return Status::Success;
 }
 
 }  // namespace Tavrin::Database

@@ -7,8 +7,8 @@
 // records and no index files, and never will: every operation that needs them answers status 13
 // (Status::NotAvailable) before it looks at its arguments, and throws StatusCodeException 13 where it
 // has no status result. That covers the record file operations, the reads, writes and removals,
-// Clear, the record counts (which also give 0), SaveAs and CopyFiles; the operations that are not
-// available yet (Clone, Convert, CopyRecords, CheckIntegrity) answer 13 on every table.
+// Clear, the record counts (which also give 0), SaveAs, CopyFiles, Convert, CopyRecords, Clone and
+// CheckIntegrity.
 //
 // Owns: the mutex (property bit 1), the field list, the data store and the indexes. They are made
 // in that order by Construct and released in the reverse one: indexes, store, field list, mutex.
@@ -90,7 +90,18 @@ public:
     StatusCode OpenRecordFile() override;
     StatusCode CloseRecordFile() override;
     StatusCode Sync() override;
+    /// TableConvert.cpp: the new store is built beside the record file and takes its place only when
+    /// complete; the old files move into the sub-directory "Convert".
     StatusCode Convert() override;
+    ConversionReport GetLastConversionReport() override { return conversionReport_; }
+    /// Finishes a conversion of the record file `recordFile` that was stopped (by a kill) after its
+    /// new store was complete: the old files go into "Convert", the new ones take their names. 0
+    /// also when there is nothing to finish; else the status of the move that failed. Opens nothing.
+    static StatusCode CompleteConversion(const std::string& recordFile);
+    /// The description stored in the record file `fileName`, read through a plain store that is
+    /// closed again (OpenTable.cpp). Throws StatusCodeException with the store's or the reader's
+    /// status, at "Tavrin::Database::Table::Open".
+    static TableSpecification ReadStoredSpecification(const std::string& fileName);
     StatusCode SaveAs(const std::string& directory) override;
     StatusCode CopyFiles(const std::string& source, const std::string& destination) override;
 
@@ -340,6 +351,14 @@ private:
     void SetFileNames(const std::string& directory);
     void MakeStore();
     void CreateOrOpenRecordFile();
+    /// The table that the record file `name` in `directory` describes, with its store open and no
+    /// indexes, as the source of a conversion (TableConvert.cpp).
+    static StatusCode OpenConversionSource(const std::string& directory, const std::string& name,
+                                           std::unique_ptr<ITable>& table);
+    /// Creates the store at `path`, fills it with the records of `oldTable` in this layout and closes
+    /// it; on failure the store is closed and nothing built is left (TableConvert.cpp).
+    StatusCode BuildConvertedFile(ITable& oldTable, const std::string& path, ConversionReport& report);
+    StatusCode CopyConvertedRecords(ITable& oldTable, ConversionReport& report);
     /// `directory`, with '/' appended unless it is empty or ends in '/' or '\', then the record file's
     /// name (GetRecordFileName), also for a table without files.
     std::string MakeRecordFilePath(const std::string& directory) const;
@@ -359,6 +378,7 @@ private:
     std::uint16_t temporaryIndexes_ = 0;            // the last ones, made by CreateTemporaryIndex
     std::set<std::uint16_t> keyFieldIds_;           // ids of the fields that any index uses
     std::uint16_t primaryIndex_ = NoIndex;
+    ConversionReport conversionReport_;  // of the last Convert that ran to its end
 };
 
 }  // namespace Tavrin::Database

@@ -71,10 +71,14 @@ StatusCode Table::OpenRecordFile() {
     if (HasNoStore()) return Status::NotAvailable;
     if (numberOfIndexes_ != 0) return Status::IndexConflict;
     if (IsInMemory()) return Status::NotFound;
+    const std::string path = MakeRecordFilePath(GetDirectory());
+    // A conversion that a kill stopped after its new file was complete is finished first.
+    StatusCode status = CompleteConversion(path);
     // No Uuid is asked of the record file; the store hands the stored description to
-    // DeserializeUserData, which answers 25 when it is another table's. Conversion of such a file
-    // (property bit 2) is not available yet, so 25 is the answer whatever that bit says.
-    return dataStore_->Open(MakeRecordFilePath(GetDirectory()), nullptr);
+    // DeserializeUserData, which answers 25 when it is another table's.
+    if (status == Status::Success) status = dataStore_->Open(path, nullptr);
+    if (status == Status::DescriptionDiffers && TableSpecification::ShouldConvert(properties_)) return Convert();
+    return status;
 }
 
 StatusCode Table::CloseRecordFile() {
