@@ -10,6 +10,7 @@
 #include "OpenTableTestSupport.h"
 #include "tavrin/base/MessageBuilder.h"
 #include "tavrin/base/MessageValidator.h"
+#include "tavrin/indexes/HashIndex.h"
 #include "tavrin/indexes/RedBlackTreeNode.h"
 #include "tavrin/tables/RemoteTableFactory.h"
 
@@ -155,6 +156,26 @@ TEST(CheckIntegrity, MissingAndMisdirectedHashEntriesAreReported) {
     const Key second(1, RecordOf(*table, kMarker + 32));
     EXPECT_EQ(Report(*table), "\n\nIndex 1: ByCode\nRetrieved hash key does not match requested key for record id 3\n"
                               "Current key ..... " + Text(fourth) + "Retrieved key ... " + Text(second));
+}
+
+// A finding of an index's own check reaches the caller as code 12 with the check's own text.
+TEST(CheckIntegrity, AnIndexsOwnFindingIsPassedOn) {
+    ScratchDirectory directory;
+    {
+        std::unique_ptr<ITable> table = MakeMixedPeople(directory.Path());
+        WriteAll(*table, Marked(5));
+    }
+    // freeTail of the entry file (file offset 17 + 24) named entry 0, which is in use: a file that
+    // opens, as only the check walks the free list to its end.
+    const std::string entries = HashIndex::GetEntryFileName(directory.Path(), "People", "ByCode");
+    std::vector<unsigned char> bytes = ReadFile(entries);
+    std::fill(bytes.begin() + 41, bytes.begin() + 45, 0);
+    WriteFile(entries, bytes);
+
+    std::unique_ptr<ITable> table = Open(directory / "People.tab");
+    const std::string report = Report(*table);
+    EXPECT_NE(report.find("End of free list not equal to the last entry in it"), std::string::npos) << report;
+    EXPECT_EQ(report.find("\n\nIndex"), std::string::npos) << "not a report of the walk: " << report;
 }
 
 TEST(CheckIntegrity, ARemoteTableHasNothingToCheck) {
