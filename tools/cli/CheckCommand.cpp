@@ -81,7 +81,7 @@ int Check(const std::string& path, const CommonOptions& options) {
 
 int RunCheck(const std::string& path, const CommonOptions& options, bool repair) {
     const int result = Check(path, options);
-    return result == ExitFinding && repair ? RunRepair(path) : result;
+    return result == ExitFinding && repair ? RunRepair(path, options.quiet) : result;
 }
 
 }  // namespace Tavrin::Tool

@@ -20,7 +20,7 @@ int RunCheck(const std::string& path, const CommonOptions& options, bool repair)
 
 /// tavrin check --repair FILE: the store's counts and free list rewritten from its used flags and
 /// every index rebuilt, on a copy that replaces the table's files only if it checks clean.
-int RunRepair(const std::string& path);
+int RunRepair(const std::string& path, bool quiet);
 
 /// tavrin stat FILE: the figures of the store and of each index, aligned or as JSON.
 int RunStat(const std::string& path, bool json);

@@ -8,6 +8,7 @@
 
 #include "Commands.h"
 #include "DumpStream.h"
+#include "Progress.h"
 #include "Report.h"
 #include "TableFiles.h"
 #include "tavrin/base/Exception.h"
@@ -84,7 +85,7 @@ std::unique_ptr<Database::DataStore> OpenStore(const std::string& path, KeptUser
 }
 
 // Adds the records of every record frame to the store, up to the end frame.
-int AddRecords(ITable& fileless, Database::DataStore& store, std::uint64_t& added) {
+int AddRecords(ITable& fileless, Database::DataStore& store, std::uint64_t& added, Progress& progress) {
     std::vector<unsigned char> body;
     std::vector<Database::Record> records;
     for (;;) {
@@ -101,7 +102,7 @@ int AddRecords(ITable& fileless, Database::DataStore& store, std::uint64_t& adde
             std::uint32_t id = 0;
             status = store.Add(id, record.GetData());
             if (status != Status::Success) return ReportStream(status, "a record could not be added");
-            ++added;
+            progress.Update(++added, 0);
         }
     }
 }
@@ -128,18 +129,23 @@ void CreateEmptyTable(const TableSpecification& stored, const std::string& direc
     std::unique_ptr<ITable> created(table.CreateTable(directory));
 }
 
-int FillAndIndex(const std::string& path, const TableSpecification& table, std::vector<IndexSpecification>& indexes) {
+int FillAndIndex(const std::string& path, const TableSpecification& table, std::vector<IndexSpecification>& indexes,
+                 bool quiet) {
     std::unique_ptr<ITable> fileless = MakeFilelessTable(table);
     KeptUserData userData({});
     StatusCode status = Status::Success;
     std::unique_ptr<Database::DataStore> store = OpenStore(path, userData, status);
     if (status != Status::Success) return ReportOpenFailure(path, status, true);
     std::uint64_t added = 0;
-    int result = AddRecords(*fileless, *store, added);
+    Progress loading("loading records", quiet);
+    int result = AddRecords(*fileless, *store, added, loading);
+    loading.Finish();
     status = store->Close();
     if (result != ExitSuccess) return result;
     if (status != Status::Success) return ReportOpenFailure(path, status, true);
     std::unique_ptr<ITable> loaded(Database::OpenTable(path, true, false));
+    Progress building("building the indexes", quiet);
+    if (added >= LongRebuildRecords && !indexes.empty()) building.Announce();
     loaded->CreateIndexes(indexes);
     std::cout << path << ": " << added << " records, " << indexes.size() << " indexes\n";
     return ExitSuccess;
@@ -148,7 +154,6 @@ int FillAndIndex(const std::string& path, const TableSpecification& table, std::
 }  // namespace
 
 int RunLoad(const std::string& directory, bool force, const CommonOptions& options) {
-    static_cast<void>(options);
     TableSpecification table;
     std::vector<IndexSpecification> indexes;
     int result = ReadDescription(table, indexes);
@@ -169,7 +174,7 @@ int RunLoad(const std::string& directory, bool force, const CommonOptions& optio
     }
     try {
         CreateEmptyTable(table, root);
-        result = FillAndIndex(path, table, indexes);
+        result = FillAndIndex(path, table, indexes, options.quiet);
     } catch (const std::exception& error) {
         Complain(path, std::string("the table could not be made: ") + error.what());
         result = ExitError;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "Progress.h"
 #include "Report.h"
 #include "StoreCheck.h"
 #include "TableFiles.h"
@@ -86,9 +87,13 @@ StatusCode RewriteEntries(const std::string& path) {
 }
 
 // Rebuilds every index of the repaired copy beside it, then checks the whole copy.
-std::string RebuildAndCheck(const std::string& copy, std::vector<IndexSpecification> indexes) {
+std::string RebuildAndCheck(const std::string& copy, std::vector<IndexSpecification> indexes, bool quiet) {
     {
         std::unique_ptr<ITable> table(OpenTable(copy, true, false));
+        Progress building("rebuilding the indexes", quiet);
+        std::uint32_t records = 0;
+        const bool isLong = table->GetCurrentRecords(records) == Status::Success && records >= LongRebuildRecords;
+        if (isLong && !indexes.empty()) building.Announce();
         table->CreateIndexes(indexes);
     }
     StoreImage store;
@@ -118,7 +123,7 @@ StatusCode ReplaceFiles(const TableFiles& files, const std::string& workDirector
     return status;
 }
 
-int Repair(const std::string& path, const TableFiles& files, const std::string& work) {
+int Repair(const std::string& path, const TableFiles& files, const std::string& work, bool quiet) {
     const std::string copy = work + "/" + Table::GetRecordFileName(files.table.GetName());
     StatusCode status = File::Copy(path, copy, false);
     if (status == Status::Success && files.store.IsDisk()) {
@@ -131,7 +136,7 @@ int Repair(const std::string& path, const TableFiles& files, const std::string& 
     }
     std::string problem;
     try {
-        problem = RebuildAndCheck(copy, files.indexes);
+        problem = RebuildAndCheck(copy, files.indexes, quiet);
     } catch (const std::exception& error) {
         problem = error.what();
     }
@@ -151,7 +156,7 @@ int Repair(const std::string& path, const TableFiles& files, const std::string& 
 
 }  // namespace
 
-int RunRepair(const std::string& path) {
+int RunRepair(const std::string& path, bool quiet) {
     // The table's lock is held through the whole repair, so no table opens it meanwhile.
     File lock;
     StatusCode status = lock.OpenExclusive(path, File::ReadAccess);
@@ -166,7 +171,7 @@ int RunRepair(const std::string& path) {
         Complain(work, "can't be made: " + error.message());
         return ExitError;
     }
-    const int repaired = Repair(path, files, work);
+    const int repaired = Repair(path, files, work, quiet);
     std::filesystem::remove_all(work, error);
     return repaired;
 }
