@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds with warnings as errors and runs every test; then builds
-# and runs them all again under AddressSanitizer + UndefinedBehaviorSanitizer; then builds shared
+# and runs them all again under AddressSanitizer + UndefinedBehaviorSanitizer; then runs the
+# concurrency tests of tables and the database under ThreadSanitizer; then builds shared
 # libraries and runs the examples and the install check against them; then makes the API reference
 # (undocumented public operations are errors). Fails if anything fails.
 set -euo pipefail
@@ -19,6 +20,15 @@ cmake -S . -B build/sanitize -DCMAKE_BUILD_TYPE=Debug -DTAVRIN_WERROR=ON -DTAVRI
 cmake --build build/sanitize -j"$jobs"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
   ctest --test-dir build/sanitize -j"$jobs" --output-on-failure
+
+echo "== concurrency tests under ThreadSanitizer"
+cmake -S . -B build/tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVRIN_WERROR=ON -DTAVRIN_TSAN=ON \
+      -DTAVRIN_BUILD_BENCHMARKS=OFF -DTAVRIN_BUILD_EXAMPLES=OFF > /dev/null
+cmake --build build/tsan -j"$jobs" --target tavrin_tables_tests tavrin_database_tests
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+build/tsan/tests/tavrin_tables_tests --gtest_filter='TableConcurrency.*'
+build/tsan/tests/tavrin_database_tests --gtest_filter='DatabaseThreads.*'
+unset TSAN_OPTIONS
 
 echo "== shared libraries: the examples and the installed package"
 cmake -S . -B build/shared -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVRIN_WERROR=ON -DBUILD_SHARED_LIBS=ON \

@@ -95,6 +95,13 @@ void Reader(ITable& table, const std::atomic<bool>& stop, std::atomic<int>& fail
         if (table.GetFirst(byId, batch, 50) == Status::Success) {
             for (const Record& each : batch) failures += IsWhole(each) ? 0 : 1;
         }
+        // The counts are read without the table's lock while the writers change them.
+        std::uint32_t current = 0;
+        std::uint32_t max = 0;
+        if (table.GetCurrentRecords(current) != Status::Success || table.GetMaxRecords(max) != Status::Success ||
+            current > max) {
+            ++failures;
+        }
     }
 }
 

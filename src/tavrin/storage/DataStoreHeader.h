@@ -16,6 +16,7 @@
 //
 // Each kind of store follows it at once with an extension of its own.
 
+#include <atomic>
 #include <cstdint>
 
 #include "tavrin/base/MessageBuilder.h"
@@ -51,6 +52,19 @@ struct DataStoreHeader {
     std::uint32_t growEntries = 0;
     std::uint32_t currentEntries = 0;
     std::uint32_t maxEntries = 0;
+
+    ///@{
+    /// Reads and writes currentEntries or maxEntries atomically. A table's count accessors read
+    /// them without the table's lock while a writer changes them under it; so every change made
+    /// while a store is open goes through StoreCounter, and such a read goes through LoadCounter:
+    /// it sees the old count or the new one and is no data race. Relaxed: a count orders nothing.
+    static std::uint32_t LoadCounter(const std::uint32_t& counter) noexcept {
+        return std::atomic_ref<std::uint32_t>(const_cast<std::uint32_t&>(counter)).load(std::memory_order_relaxed);
+    }
+    static void StoreCounter(std::uint32_t& counter, std::uint32_t value) noexcept {
+        std::atomic_ref<std::uint32_t>(counter).store(value, std::memory_order_relaxed);
+    }
+    ///@}
 
     /// Appends the 37 bytes; the builder's status when they do not fit.
     StatusCode Serialize(MessageBuilder& builder) const;

@@ -108,10 +108,12 @@ public:
     StatusCode GetFirst(std::uint32_t& id, unsigned char*& record) override;
     /// The used entry of the lowest id above `id` and its record, as GetFirst.
     StatusCode GetNext(std::uint32_t& id, unsigned char*& record) override;
-    /// The number of entries in use; meaningful while open.
-    std::uint32_t GetCurrentEntries() const override { return header_.currentEntries; }
-    /// The number of entries that exist, in use or free; every id is below it. Meaningful while open.
-    std::uint32_t GetMaxEntries() const override { return header_.maxEntries; }
+    /// The number of entries in use; meaningful while open. May be read without the lock that
+    /// serialises the changes (DataStoreHeader::LoadCounter).
+    std::uint32_t GetCurrentEntries() const override { return DataStoreHeader::LoadCounter(header_.currentEntries); }
+    /// The number of entries that exist, in use or free; every id is below it. Meaningful while open;
+    /// may be read without the lock, as GetCurrentEntries.
+    std::uint32_t GetMaxEntries() const override { return DataStoreHeader::LoadCounter(header_.maxEntries); }
     /// Writes `uuid` into the control file's header and the first 16 bytes of the record file: 16
     /// when not open, else the File status of the record file's write.
     StatusCode SetUuid(const Uuid& uuid) override;

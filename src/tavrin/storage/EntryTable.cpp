@@ -132,12 +132,12 @@ bool EntryTable::CountSurplus(const unsigned char* data, std::uint64_t dataSize,
 }
 
 void EntryTable::SetCurrentEntries(std::uint32_t value) noexcept {
-    header_.currentEntries = value;
+    DataStoreHeader::StoreCounter(header_.currentEntries, value);
     EncodeU32(data_ + DataStoreHeader::CurrentEntriesOffset, value);
 }
 
 void EntryTable::SetMaxEntries(std::uint32_t value) noexcept {
-    header_.maxEntries = value;
+    DataStoreHeader::StoreCounter(header_.maxEntries, value);
     EncodeU32(data_ + DataStoreHeader::MaxEntriesOffset, value);
 }
 

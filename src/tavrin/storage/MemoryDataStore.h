@@ -101,10 +101,12 @@ public:
     /// pointer to its record in the mapping. 16 when not open, 6 at the end; `id` and `record` are
     /// then untouched.
     StatusCode GetNext(std::uint32_t& id, unsigned char*& record) override;
-    /// The number of entries in use; meaningful while open.
-    std::uint32_t GetCurrentEntries() const override { return header_.currentEntries; }
-    /// The number of entries that exist, in use or free; every id is below it. Meaningful while open.
-    std::uint32_t GetMaxEntries() const override { return header_.maxEntries; }
+    /// The number of entries in use; meaningful while open. May be read without the lock that
+    /// serialises the changes (DataStoreHeader::LoadCounter).
+    std::uint32_t GetCurrentEntries() const override { return DataStoreHeader::LoadCounter(header_.currentEntries); }
+    /// The number of entries that exist, in use or free; every id is below it. Meaningful while open;
+    /// may be read without the lock, as GetCurrentEntries.
+    std::uint32_t GetMaxEntries() const override { return DataStoreHeader::LoadCounter(header_.maxEntries); }
     /// Whether the open store was made by Create() without a name; false when not open.
     bool IsTemporary() const override { return temporary_; }
     /// Saves the header and user data (Flush), then writes the whole file through to the disk: 16
