@@ -109,7 +109,8 @@ void RedBlackTreeIndex::DeliverFound(Key& key, std::uint32_t k, std::uint32_t no
 // The first step is Step's; from there the walk follows links only, which is what each further
 // step would do in an index of distinct keys (the key then names the node delivered last). Up to
 // WalkAhead nodes are found before their records are due, and each record is announced to the
-// sink as soon as its node is known.
+// sink as soon as its node is known. Each node found is checked to lie beyond the one before, as
+// each step checks it, so a damaged tree ends the walk with 23 where the steps would.
 StatusCode RedBlackTreeIndex::Walk(Key& key, bool forward, bool prefix, std::uint16_t fieldId, std::uint32_t length,
                                    std::uint32_t count, RecordSink& sink) {
     // Equal keys: a step by the key's bytes may land on another of them; take the steps one by one.
@@ -133,8 +134,12 @@ StatusCode RedBlackTreeIndex::Walk(Key& key, bool forward, bool prefix, std::uin
     std::uint32_t first = 0;
     std::uint32_t queued = 0;
     std::uint32_t found = 0;
+    // The key of the node queued last, which the next node must lie beyond: nothing grows the
+    // store during the walk, so the address stays good.
+    const unsigned char* lastKey = nullptr;
     const auto enqueue = [&](std::uint32_t id) {
         const Node view = NodeAt(id);
+        lastKey = view.GetKey();
         sink.Prefetch(view.GetRecord());
         store_.PrefetchEntry(view.GetChild(side));
         store_.PrefetchEntry(view.GetParent());
@@ -143,13 +148,16 @@ StatusCode RedBlackTreeIndex::Walk(Key& key, bool forward, bool prefix, std::uin
     };
     enqueue(node);
     bool ended = false;
+    bool damaged = false;
     std::uint32_t taken = 0;
     std::uint32_t last = sentinel_;
     bool stopped = false;
     while (queued != 0 && !stopped) {
         while (!ended && queued < WalkAhead && found < count) {
-            const std::uint32_t following = Neighbour(ring[(first + queued - 1) % WalkAhead], side);
-            ended = !matches(following);
+            std::uint32_t following = Neighbour(ring[(first + queued - 1) % WalkAhead], side);
+            // The step that would deliver `following` would answer 23 for it (CheckStep).
+            damaged = CheckStep(lastKey, following, side) != Status::Success;
+            ended = damaged || !matches(following);
             if (!ended) enqueue(following);
         }
         last = ring[first];
@@ -161,7 +169,8 @@ StatusCode RedBlackTreeIndex::Walk(Key& key, bool forward, bool prefix, std::uin
     std::uint32_t recordId = 0;
     if (prefix) key.SetCursor(last);
     Deliver(last, key, recordId);
-    return taken == count || stopped ? Status::Success : Status::NotFound;
+    if (taken == count || stopped) return Status::Success;
+    return damaged ? Status::Invalid : Status::NotFound;
 }
 
 }  // namespace Tavrin::Database

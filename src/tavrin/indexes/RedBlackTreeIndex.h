@@ -37,7 +37,10 @@
 // when the store saves (SaveAs, or when the index is destroyed); until then the file's clean flag
 // is 0. The index reads nothing but its own file: a damaged file gives wrong answers or status 23,
 // never a read outside the mapping or an endless walk, since every walk is bounded by the deepest
-// tree that a store can hold.
+// tree that a store can hold, and every step answers a key beyond the one it started from in the
+// full order (strictly, in an index of distinct keys) or 23, so a walk can end early but never go
+// back or round. GetNext and GetPrevious hand out with that 23 the key and record id that the step
+// met, so that a check can name them.
 
 #include <cstdint>
 #include <memory>
@@ -253,6 +256,17 @@ private:
         const std::int32_t right = DecodeI32(nodeKey + duplicateTail_);
         return left < right ? -1 : (left > right ? 1 : 0);
     }
+    /// Whether `to` lies beyond `from` towards `side` (Right: after, Left: before) in the full order:
+    /// strictly in an index of distinct keys, else also when equal. One comparison, inline: a walk
+    /// runs it at every step.
+    bool Beyond(const unsigned char* from, const unsigned char* to, Side side) const noexcept {
+        const int order = CompareFull(from, to);
+        const int towards = side == Node::Right ? -order : order;
+        return towards > 0 || (towards == 0 && !distinctKeys_);
+    }
+    /// 0 when `node` (a step's answer from the key image `from`) is the sentinel or lies beyond
+    /// `from` towards `side`; else 23, `node` kept: a damaged tree.
+    StatusCode CheckStep(const unsigned char* from, std::uint32_t& node, Side side) const noexcept;
     /// CompareKey over the key fields before the prefix's field and the prefix's length of that
     /// field.
     int ComparePrefix(const unsigned char* key, const unsigned char* nodeKey, const Prefix& prefix) const noexcept;
@@ -276,6 +290,7 @@ private:
     /// The node of `key`, by the cursor or a descent; the sentinel when absent.
     StatusCode FindNode(const Key& key, std::uint32_t& node);
     /// The node that GetNext (side Right) or GetPrevious (side Left) lands on; the sentinel if none.
+    /// 23 when the walk is longer than any valid tree or the node is not beyond the key (CheckStep).
     StatusCode StepNode(const Key& key, Side side, std::uint32_t& node);
     /// Leftmost (side Left) or rightmost node under `id`; the sentinel for the sentinel.
     std::uint32_t Extreme(std::uint32_t id, Side side);

@@ -81,10 +81,11 @@ StatusCode RedBlackTreeIndex::StepNode(const Key& key, Side side, std::uint32_t&
     const std::uint32_t known = side == Node::Right || distinctKeys_ ? KnownNode(key) : sentinel_;
     if (known != sentinel_) {
         node = Neighbour(known, side);
-        return Status::Success;
+        return CheckStep(key.GetData(), node, side);
     }
     Descent descent;
     const StatusCode status = DescendFull(key, true, descent);
+    if (status != Status::Success) return status;
     if (descent.found != sentinel_) {
         node = Neighbour(descent.found, side);
     } else {
@@ -92,7 +93,13 @@ StatusCode RedBlackTreeIndex::StepNode(const Key& key, Side side, std::uint32_t&
         const bool beyondLast = side == Node::Right ? descent.result > 0 : descent.result < 0;
         node = beyondLast ? Neighbour(descent.last, side) : descent.last;
     }
-    return status;
+    return CheckStep(key.GetData(), node, side);
+}
+
+// A sound tree never answers a step with a key that is not beyond the one it started from; only
+// damaged links or keys can, and a walk that took such a node could go round forever.
+StatusCode RedBlackTreeIndex::CheckStep(const unsigned char* from, std::uint32_t& node, Side side) const noexcept {
+    return node == sentinel_ || Beyond(from, NodeAt(node).GetKey(), side) ? Status::Success : Status::Invalid;
 }
 
 std::uint32_t RedBlackTreeIndex::Extreme(std::uint32_t id, Side side) {
@@ -159,6 +166,13 @@ StatusCode RedBlackTreeIndex::Step(Key& key, std::uint32_t& recordId, Side side)
     if (const StatusCode usable = CheckUsable(key); usable != Status::Success) return usable;
     std::uint32_t node = sentinel_;
     const StatusCode status = StepNode(key, side, node);
+    if (status == Status::Invalid && node != sentinel_) {
+        // A step out of order ends the walk with 23; the key and record id it met are handed out
+        // with it, so that a check can name them. The next step starts from that key, and a walk
+        // still never goes round: every key it answers with 0 lies beyond the one before.
+        const StatusCode delivered = Deliver(node, key, recordId);
+        return delivered == Status::Success ? Status::Invalid : delivered;
+    }
     if (status != Status::Success) return status;
     if (node != sentinel_) {
         // The next step the same way starts from the child on that side or from the parent: both

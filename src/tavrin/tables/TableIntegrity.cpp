@@ -17,6 +17,7 @@
 #include "tavrin/base/File.h"
 #include "tavrin/base/Throw.h"
 #include "tavrin/indexes/IIndex.h"
+#include "tavrin/indexes/Index.h"
 #include "tavrin/records/Key.h"
 #include "tavrin/records/Record.h"
 #include "tavrin/schema/IndexSpecification.h"
@@ -79,7 +80,7 @@ void CheckFinalStatus(StatusCode status) {
 // The walk in key order. Only keys that the walk delivered are compared: the first entry has no
 // predecessor (a fresh key's undefined fields would sort after defined ones in a descending field).
 // The id of a report is that of the record the walk landed on.
-void WalkTree(ITable& table, std::uint16_t number, const IndexSpecification& specification) {
+void WalkTree(ITable& table, IIndex& index, std::uint16_t number, const IndexSpecification& specification) {
     Key current(&table, number);
     Key previous(&table, number);
     bool hasPrevious = false;
@@ -99,6 +100,17 @@ void WalkTree(ITable& table, std::uint16_t number, const IndexSpecification& spe
         }
         previous = current;
         hasPrevious = true;
+    }
+    // A tree ends a walk with 23 at a key that is not beyond the one before; the index's own step
+    // from the last key delivered hands out the key and record id that it met there.
+    if (status == Status::Invalid && hasPrevious) {
+        Key met = previous;
+        std::uint32_t metId = Record::NoRecordId;
+        auto* tree = dynamic_cast<Index*>(&index);
+        if (tree != nullptr && tree->GetNext(met, metId) == Status::Invalid && metId != Record::NoRecordId) {
+            throw Report{IndexLine(number, specification) + Line("Out of order key found at id " + Decimal(metId)) +
+                         "Previous key .... " + KeyText(previous) + "Current key ..... " + KeyText(met)};
+        }
     }
     CheckFinalStatus(status);
 }
@@ -139,7 +151,7 @@ void CheckIndex(ITable& table, std::uint16_t number) {
     status = table.GetIndexSpecification(number, specification);
     if (status != Status::Success) ThrowStatus(CheckOperation, status);
     if (specification.IsTree()) {
-        WalkTree(table, number, specification);
+        WalkTree(table, *index, number, specification);
     } else if (specification.IsHash()) {
         WalkHash(table, number, specification);
     }
