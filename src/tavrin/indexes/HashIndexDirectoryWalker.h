@@ -1,5 +1,5 @@
 #pragma once
-// HashIndexDirectoryWalker: collects the specifications of the hash indexes of one table from the
+// HashIndexDirectoryWalker: collects the descriptions (IndexSpecification) of the hash indexes of one table from the
 // description files in a directory (HashIndex::GetSpecifications makes and runs it).
 
 #include <string>
@@ -33,7 +33,7 @@ public:
 
 protected:
     /// The data area (behind the 17-byte header) as a serialised IndexSpecification, whatever the
-    /// clean flag says; 23 for a file with no data area or one longer than any specification.
+    /// clean flag says; 23 for a file with no data area or one longer than any index description.
     StatusCode ReadSpecification(Tavrin::File& file, std::int64_t size, IndexSpecification& specification) override;
 };
 

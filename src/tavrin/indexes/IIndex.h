@@ -29,7 +29,7 @@ class Key;
 class Record;
 
 /// What a table and its Key objects use of an index: the key layout, the building and comparing of
-/// key images, the properties and the specification. Needs no lock (see the file comment above).
+/// key images, the properties and the index description. Needs no lock (see the file comment above).
 class IIndex {
 public:
     /// An index with no state of its own here.
@@ -73,11 +73,11 @@ public:
     /// Keys the index holds; throws StatusCodeException 13 where the index stores nothing.
     virtual std::uint32_t GetCurrentRecords() = 0;
 
-    /// Whether the specification has the PrimaryUnique property.
+    /// Whether the index description has the PrimaryUnique property.
     virtual bool IsPrimaryUnique() const = 0;
-    /// Whether the specification has the Unique property.
+    /// Whether the index description has the Unique property.
     virtual bool IsUnique() const = 0;
-    /// Whether the specification has the Duplicate property: keys carry the record id as a tail.
+    /// Whether the index description has the Duplicate property: keys carry the record id as a tail.
     virtual bool IsDuplicate() const = 0;
     /// Whether the index is a red-black tree.
     virtual bool IsTree() const = 0;

@@ -4,9 +4,9 @@
 // directory finds them by name.
 //
 // A walk only reads. It opens each matching file read-only, without its lock and without mapping
-// it, reads the file's header and the bytes that hold the specification, and never writes a
+// it, reads the file's header and the bytes that hold the index description, and never writes a
 // byte: not even the clean flag, which would erase the sign that a process died with the file
-// open. So a walk takes the specification from any file that holds a readable one, clean or not,
+// open. So a walk takes the index description from any file that holds a readable one, clean or not,
 // and may run beside a process that holds the files; the index's own Open decides later whether a
 // file can be used, and the table rebuilds an index whose file can't.
 //
@@ -30,7 +30,7 @@ namespace Tavrin::Database {
 /// The frame of HashIndexDirectoryWalker and RedBlackTreeIndexDirectoryWalker: matches each file
 /// name of one directory as a whole against a regular expression (Boost.Regex in its default
 /// syntax) and appends the IndexSpecification that a matching file holds to the caller's vector.
-/// How the specification lies in the file is the derived class's part. Not thread-safe.
+/// How the index description lies in the file is the derived class's part. Not thread-safe.
 class IndexDirectoryWalker : public Tavrin::DirectoryWalker {
 public:
     /// Which of the files that a walk finds give their specification.
@@ -67,7 +67,7 @@ protected:
     /// outlive the walk. Throws boost::regex_error for a pattern that is no regular expression.
     IndexDirectoryWalker(const std::string& pattern, std::vector<IndexSpecification>& specifications);
 
-    /// Reads the specification of the file open in `file` (read-only, `size` bytes); 0 when one was
+    /// Reads the index description of the file open in `file` (read-only, `size` bytes); 0 when one was
     /// read. The file is positioned at its start.
     virtual StatusCode ReadSpecification(Tavrin::File& file, std::int64_t size,
                                          IndexSpecification& specification) = 0;

@@ -34,7 +34,7 @@ public:
                            std::vector<IndexSpecification>& specifications);
 
 protected:
-    /// The store header behind the 17-byte file header (DataStoreHeader), then the specification at
+    /// The store header behind the 17-byte file header (DataStoreHeader), then the index description at
     /// the head of the user data area, whatever the clean flag says: 23 for a header that no store
     /// writes, a user data area outside the file or longer than any specification.
     StatusCode ReadSpecification(Tavrin::File& file, std::int64_t size, IndexSpecification& specification) override;
