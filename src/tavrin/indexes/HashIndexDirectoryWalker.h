@@ -1,5 +1,5 @@
 #pragma once
-// HashIndexDirectoryWalker: collects the descriptions (IndexSpecification) of the hash indexes of one table from the
+// HashIndexDirectoryWalker: collects the index descriptions of the hash indexes of one table from the
 // description files in a directory (HashIndex::GetSpecifications makes and runs it).
 
 #include <string>

@@ -1,5 +1,5 @@
 #pragma once
-// RedBlackTreeIndexDirectoryWalker: collects the specifications of the tree indexes of one table
+// RedBlackTreeIndexDirectoryWalker: collects the index descriptions of the tree indexes of one table
 // from the tree files in a directory (RedBlackTreeIndex::GetSpecifications makes and runs it).
 
 #include <string>
