@@ -76,7 +76,7 @@ void DataStoreCache::Remove(std::uint32_t id) noexcept {
     ordered_ = false;
 }
 
-StatusCode DataStoreCache::Put(std::uint32_t id, const void* record, bool force) noexcept {
+StatusCode DataStoreCache::Put(std::uint32_t id, const void* record, bool force, unsigned char** stored) noexcept {
     const Cell& found = cells_[Probe(id)];
     Slot* slot = nullptr;
     if (found.id == id) {
@@ -91,7 +91,9 @@ StatusCode DataStoreCache::Put(std::uint32_t id, const void* record, bool force)
         Enter(id, NumberOf(*slot));
     }
     MakeNewest(*slot);
-    std::memmove(BytesOf(NumberOf(*slot)), record, entrySize_);  // the record may be a slot's own bytes
+    unsigned char* bytes = BytesOf(NumberOf(*slot));
+    std::memmove(bytes, record, entrySize_);  // the record may be a slot's own bytes
+    if (stored != nullptr) *stored = bytes;
     return Status::Success;
 }
 

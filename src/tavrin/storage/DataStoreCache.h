@@ -52,7 +52,8 @@ public:
     /// stored. An id that is cached keeps its slot; a new id takes the oldest slot if it is empty,
     /// or, with `force`, also if it holds a record, which is dropped. 40 (nothing changed) when the
     /// new id finds every slot occupied and `force` is false.
-    StatusCode Put(std::uint32_t id, const void* record, bool force) noexcept;
+    /// `stored`, when given, is set to the slot's bytes on success.
+    StatusCode Put(std::uint32_t id, const void* record, bool force, unsigned char** stored = nullptr) noexcept;
     /// Empties the slot of `id`, which is the next one taken; its bytes stay. Nothing when not cached.
     void Erase(std::uint32_t id) noexcept;
     /// Empties every slot.

@@ -175,7 +175,9 @@ private:
         return data_ != nullptr && id < header_.maxEntries && (EntryAt(id)[EntryTable::UsedOffset] & EntryTable::UsedBit) != 0;
     }
     void Grow() noexcept;
-    StatusCode Cache(std::uint32_t id, const void* record) noexcept;
+    /// Puts the record into the cache (writing the oldest back when full); `stored`, when given,
+    /// is set to its slot's bytes.
+    StatusCode Cache(std::uint32_t id, const void* record, unsigned char** stored = nullptr) noexcept;
     StatusCode WriteBack(std::uint32_t id, const unsigned char* record) noexcept;
     void WriteBackAll() noexcept;
     StatusCode ReadRecord(std::uint32_t id, void* buffer) noexcept;

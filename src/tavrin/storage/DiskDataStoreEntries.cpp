@@ -92,10 +92,8 @@ StatusCode DiskDataStore::GetEntry(std::uint32_t id, unsigned char*& record) {
     if (cached == nullptr) {
         unsigned char* scratch = data_ + extension_.scratchOffset;
         StatusCode status = ReadRecord(id, scratch);
-        if (status == Status::Success) status = Cache(id, scratch);
+        if (status == Status::Success) status = Cache(id, scratch, &cached);
         if (status != Status::Success) return status;
-        cached = cache_.Find(id);
-        if (cached == nullptr) return Status::NotFound;
     }
     record = cached;
     return Status::Success;
@@ -141,14 +139,14 @@ void DiskDataStore::Grow() noexcept {
 }
 
 // Puts the record into the cache, writing the oldest cached record back first when the cache is full.
-StatusCode DiskDataStore::Cache(std::uint32_t id, const void* record) noexcept {
-    StatusCode status = cache_.Put(id, record, false);
+StatusCode DiskDataStore::Cache(std::uint32_t id, const void* record, unsigned char** stored) noexcept {
+    StatusCode status = cache_.Put(id, record, false, stored);
     if (status != Status::StoreFull) return status;
     std::uint32_t oldest = 0;
     unsigned char* bytes = nullptr;
     status = cache_.GetOldest(oldest, bytes);
     if (status == Status::Success) status = WriteBack(oldest, bytes);
-    return status != Status::Success ? status : cache_.Put(id, record, true);
+    return status != Status::Success ? status : cache_.Put(id, record, true, stored);
 }
 
 // Writes a cached record to its place unless the record file holds it as it is already.
